@@ -1,0 +1,9 @@
+# Warnings and sanitizers for every target of the project.
+add_library(dunmere_options INTERFACE)
+target_compile_options(dunmere_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+                       $<$<BOOL:${DUNMERE_WERROR}>:-Werror>)
+if(DUNMERE_SANITIZE)
+  target_compile_options(dunmere_options INTERFACE -fsanitize=${DUNMERE_SANITIZE} -fno-omit-frame-pointer)
+  target_link_options(dunmere_options INTERFACE -fsanitize=${DUNMERE_SANITIZE})
+endif()
+target_include_directories(dunmere_options INTERFACE ${PROJECT_SOURCE_DIR})

@@ -1,0 +1,44 @@
+// DiskSweeperScan: the engine's three operations: list the volumes, scan a tree, list one column.
+#pragma once
+
+#include <expected>
+#include <functional>
+#include <future>
+#include <vector>
+
+#include "engine/file_system.h"
+#include "engine/file_url.h"
+#include "engine/sweep_error.h"
+#include "engine/sweep_inventory.h"
+#include "engine/sweeper_item.h"
+#include "engine/sweeper_volume.h"
+
+namespace dunmere {
+
+/// A namespace without instances or state.
+struct DiskSweeperScan {
+  DiskSweeperScan() = delete;
+
+  /// Receives a snapshot on the scanning thread; the scan waits until it returns. Must not throw.
+  using UpdateCallback = std::function<void(const SweepInventory& snapshot)>;
+  using ScanResult = std::expected<SweepInventory, SweepError>;
+
+  /// The drives to offer, sorted by name. Never fails; empty only when even the boot volume cannot be measured. Any
+  /// thread; waits for the file system at most as long as FileSystem::volumeValues does.
+  static std::vector<SweeperVolume> listVolumes(FileSystem& fileSystem);
+
+  /// Walks the tree under `under` on a detached thread of utility priority and adds up the disk space of every regular
+  /// file. Publishes a snapshot through `onUpdate` after every 12,000th counted file and after a counted file when
+  /// 350 ms have passed since the last one, and at last the final one, which is also the future's value. Returns at
+  /// once; the future does not wait when destroyed. Fails, publishing nothing, when the root does not exist or is no
+  /// folder. `fileSystem` must outlive the scan; a scan is never cancelled.
+  static std::future<ScanResult> runProgressiveScan(FileSystem& fileSystem, FileUrl under, UpdateCallback onUpdate);
+
+  /// The direct children of `parent`, sized from `inventory`, largest first, equal sizes by name. Any thread; reads the
+  /// disk for this one folder only. Fails with the listing's error.
+  static std::expected<std::vector<SweeperItem>, SweepError> columnChildren(FileSystem& fileSystem,
+                                                                            const FileUrl& parent,
+                                                                            const SweepInventory& inventory);
+};
+
+}  // namespace dunmere

@@ -1,0 +1,12 @@
+// Packages: folders that stand for one document, known by their extension.
+#pragma once
+
+#include <string_view>
+
+namespace dunmere {
+
+/// Whether a folder of this name is a package: a non-empty stem and one of the known extensions, ASCII
+/// case-insensitive. Say nothing of files and links: only folders can be packages.
+bool isPackageName(std::string_view name);
+
+}  // namespace dunmere

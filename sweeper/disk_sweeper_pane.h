@@ -1,0 +1,136 @@
+// DiskSweeperPane: the sweeper's whole state, every action on it, its selection rules and its texts.
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/file_system.h"
+#include "engine/file_url.h"
+#include "engine/sweep_inventory.h"
+#include "engine/sweeper_item.h"
+#include "engine/sweeper_volume.h"
+#include "sweeper/desktop.h"
+#include "sweeper/main_thread.h"
+
+namespace dunmere {
+
+class SnapshotMailbox;
+
+enum class Phase { chooseTarget, browsing };
+
+/// A Boolean that somebody else owns.
+struct BoolBinding {
+  std::function<bool()> get;
+  std::function<void(bool)> set;
+};
+
+/// The token under which a column was opened; a listing is applied only while it is still its column's token. Unique
+/// within the process.
+struct ColumnLoadId {
+  std::uint64_t value = 0;
+  static ColumnLoadId next();
+  friend auto operator<=>(const ColumnLoadId&, const ColumnLoadId&) = default;
+};
+
+/// Lives on the main thread: every function is called there, every field is read and written there. Scans run on
+/// threads of their own and reach the pane through its mailbox, which the destructor closes: a scan that outlives its
+/// pane runs to its end and touches nothing. The collaborators must outlive every scan, not only the pane.
+class DiskSweeperPane {
+ public:
+  using Listener = std::function<void()>;
+
+  DiskSweeperPane(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, BoolBinding pendingGoToDrives);
+  ~DiskSweeperPane();
+  DiskSweeperPane(const DiskSweeperPane&) = delete;
+  DiskSweeperPane& operator=(const DiskSweeperPane&) = delete;
+
+  /// Called on the main thread once after every action or snapshot that may have changed the state. One listener.
+  void setListener(Listener listener);
+
+  // State (read-only for views).
+  bool pendingGoToDrives() const { return pendingGoToDrives_.get(); }
+  const std::vector<SweeperVolume>& volumes() const { return volumes_; }
+  const std::optional<std::string>& selectedVolumeID() const { return selectedVolumeID_; }
+  Phase phase() const { return phase_; }
+  const std::optional<FileUrl>& sweepRoot() const { return sweepRoot_; }
+  const std::optional<SweepInventory>& inventory() const { return inventory_; }
+  const std::vector<FileUrl>& pathDirectories() const { return pathDirectories_; }
+  const std::optional<FileUrl>& selectedLeafURL() const { return selectedLeafURL_; }
+  const std::vector<std::vector<SweeperItem>>& columnChildren() const { return columnChildren_; }
+  const std::vector<ColumnLoadId>& columnLoadIDs() const { return columnLoadIDs_; }
+  const std::optional<std::string>& loadError() const { return loadError_; }
+  const std::string& scanStatus() const { return scanStatus_; }
+  std::int64_t scanFileCount() const { return scanFileCount_; }
+  std::int64_t scanBytesSoFar() const { return scanBytesSoFar_; }
+  bool confirmTrash() const { return confirmTrash_; }
+
+  // Choosing a target.
+  void appear();                    ///< the pane came on screen: lists the volumes, answers a pending request
+  void pendingGoToDrivesChanged();  ///< the owner of the flag changed it
+  void selectVolume(std::optional<std::string> volumeID);
+  void startSweepSelectedVolume();
+  void openFolderSweep();
+  void backToVolumes();
+
+  // Browsing.
+  void beginBrowsing(const FileUrl& root);
+  void reloadVisibleColumns();
+  void applyColumn(std::ptrdiff_t depth, ColumnLoadId id, const SweepInventory& inventory);
+
+  // Columns and selection.
+  void selectItem(const SweeperItem& item, std::size_t column);
+  bool isRowSelected(const SweeperItem& item, std::size_t column) const;
+  const SweeperItem* currentSelectedItem() const;  ///< valid until the next change; null for none
+  static std::string sizeLabel(const SweeperItem& item);
+  bool showsStatusStrip() const;       ///< an inventory exists and is not complete
+  std::string statusStripText() const;  ///< scanStatus, or "Indexing…" when that is empty
+
+  // Footer, reveal and trash.
+  const FileUrl* revealURL() const;  ///< valid until the next change; null for none
+  bool canTrashSelection() const;
+  std::string footerStatus() const;  ///< raw bytes where it quotes a name
+  std::string trashConfirmTitle() const;
+  void requestTrash();   ///< the trash button: raises confirmTrash
+  void dismissTrash();   ///< "Cancel" or dismissal: lowers confirmTrash
+  void confirmedTrash();  ///< "Move to Trash": lowers confirmTrash, then performTrash
+  void performTrash();
+  void reveal();
+
+  // Texts of the picker.
+  static std::string volumeDetailText(const SweeperVolume& volume);  ///< "… free, … used, … total"
+
+ private:
+  void applySnapshot(const SweepInventory& snapshot);
+  void scanFailed(const SweepError& error);
+  void changed();
+
+  FileSystem& fileSystem_;
+  Desktop& desktop_;
+  MainThread& mainThread_;
+  Listener listener_;
+  std::shared_ptr<SnapshotMailbox> mailbox_;
+
+  BoolBinding pendingGoToDrives_;
+  std::vector<SweeperVolume> volumes_;
+  std::optional<std::string> selectedVolumeID_;
+  Phase phase_ = Phase::chooseTarget;
+  std::optional<FileUrl> sweepRoot_;
+  std::optional<SweepInventory> inventory_;
+  std::vector<FileUrl> pathDirectories_;
+  std::optional<FileUrl> selectedLeafURL_;
+  std::vector<std::vector<SweeperItem>> columnChildren_;
+  std::vector<ColumnLoadId> columnLoadIDs_;
+  std::optional<std::string> loadError_;
+  std::string scanStatus_;
+  std::int64_t scanFileCount_ = 0;
+  std::int64_t scanBytesSoFar_ = 0;
+  bool confirmTrash_ = false;
+};
+
+}  // namespace dunmere

@@ -1,0 +1,68 @@
+// MemoryFileSystem: a whole file system in memory with a clock that the test steps.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/file_system.h"
+
+namespace dunmere::test {
+
+/// Build the tree first, then scan it; the builder functions and the counters may also be used between two operations
+/// (all functions lock). Paths are absolute; missing parents of an added entry are made.
+class MemoryFileSystem : public FileSystem {
+ public:
+  // Building. Entries of a folder are read in the order in which they were added.
+  void addFolder(const std::string& path);
+  void addFile(const std::string& path, std::int64_t allocatedBytes);
+  void addFile(const std::string& path, const EntryAttributes& attributes);  ///< kind is set to regularFile
+  void addLink(const std::string& path, const std::string& target);          ///< absolute or relative target
+  void addOther(const std::string& path);                                    ///< a FIFO, socket or device
+  void markPackage(const std::string& path);        ///< EntryAttributes::isPackage of a folder
+  void makeUnreadable(const std::string& path);     ///< opening this folder fails with EACCES
+  void makeReadable(const std::string& path);
+  void failReadingAfter(const std::string& path, std::size_t entries);  ///< reading fails with EIO after so many entries
+  void hideAttributes(const std::string& path);     ///< this entry's attributes cannot be read
+  void remove(const std::string& path);             ///< with all below it
+  void setBatchSize(std::size_t entries);           ///< entries a readEntries() hands out at most; default 3
+
+  // Volumes.
+  void setMountedVolumes(std::optional<std::vector<FileUrl>> volumes);
+  void setVolumeValues(const std::string& path, std::optional<VolumeValues> values);  ///< none: reading fails
+  void setHome(const std::string& path);
+
+  // Clock: now() returns the current value; the clock moves on by `step` after each call of now().
+  void setClock(Instant now);
+  void advanceClock(Instant by);
+  void setClockStep(Instant step);
+
+  // What was asked of the file system so far.
+  std::vector<std::string> openedFolders() const;   ///< every openFolder()/openChild() by path, in order
+  std::vector<std::string> attributeReads() const;  ///< every attributes() by path, in order
+  std::vector<std::string> measuredVolumes() const;  ///< every volumeValues() by path, in order
+  int utilityPriorityThreads() const;               ///< calls of enterUtilityPriority()
+
+  /// Runs at each openFolder() and openChild(), before it answers, on the caller's thread, without the lock: the place
+  /// to block a scan or to change the tree under it.
+  void onOpen(std::function<void(const std::string& path)> hook);
+
+  // FileSystem. nameSortKey() folds ASCII letters to lower case and leaves all else as it is.
+  std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override;
+  std::optional<std::vector<FileUrl>> mountedVolumes() override;
+  std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) override;
+  FileUrl homeFolder() override;
+  Instant now() override;
+  std::string nameSortKey(std::string_view name) override;
+  void enterUtilityPriority() noexcept override;
+
+ private:
+  // Private members are the implementer's choice.
+};
+
+}  // namespace dunmere::test
