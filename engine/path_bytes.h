@@ -17,7 +17,15 @@ class PathTree;
 /// thread while the scan goes on.
 class PathBytes {
  public:
-  class Folder;
+  /// The counted children of one folder, for a listing. Keeps its snapshot alive. One thread at a time.
+  class Folder {
+   public:
+    Folder() = default;  ///< a folder without counted children
+
+    /// Bytes under the child `name`, file or folder; none when it has no entry. Costs O(1) when children are asked for
+    /// in the order in which the scan read the folder, which is the order of a listing while the folder is unchanged.
+    std::optional<std::int64_t> bytesOf(std::string_view name);
+  };
 
   PathBytes() = default;  ///< the empty map
 
