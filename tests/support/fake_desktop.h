@@ -12,9 +12,9 @@ namespace dunmere::test {
 
 class FakeDesktop : public Desktop {
  public:
-  std::optional<FileUrl> nextChoice;                  ///< what chooseFolder() returns
-  std::optional<SweepError> nextTrashError;           ///< what moveToTrash() fails with
-  std::function<void(const FileUrl&)> onTrash;        ///< runs when a trash succeeds
+  std::optional<FileUrl> nextChoice;            ///< what chooseFolder() returns
+  std::optional<SweepError> nextTrashError;     ///< what moveToTrash() fails with
+  std::function<void(const FileUrl&)> onTrash;  ///< runs when a trash succeeds
   std::vector<std::string> chooserMessages;
   std::vector<FileUrl> revealed;
   std::vector<FileUrl> trashed;
