@@ -50,7 +50,8 @@ class DiskSweeperPane {
   DiskSweeperPane(const DiskSweeperPane&) = delete;
   DiskSweeperPane& operator=(const DiskSweeperPane&) = delete;
 
-  /// Called on the main thread once after every action or snapshot that may have changed the state. One listener.
+  /// Called on the main thread once after every action or snapshot that may have changed the state. One listener, which
+  /// must not destroy the pane.
   void setListener(Listener listener);
 
   // State (read-only for views).
@@ -64,7 +65,7 @@ class DiskSweeperPane {
   const std::optional<FileUrl>& selectedLeafURL() const { return selectedLeafURL_; }
   const std::vector<std::vector<SweeperItem>>& columnChildren() const { return columnChildren_; }
   const std::vector<ColumnLoadId>& columnLoadIDs() const { return columnLoadIDs_; }
-  const std::optional<std::string>& loadError() const { return loadError_; }
+  const std::optional<std::string>& loadError() const { return loadError_; }  ///< raw bytes where it quotes a name
   const std::string& scanStatus() const { return scanStatus_; }
   std::int64_t scanFileCount() const { return scanFileCount_; }
   std::int64_t scanBytesSoFar() const { return scanBytesSoFar_; }
@@ -75,7 +76,7 @@ class DiskSweeperPane {
   void pendingGoToDrivesChanged();  ///< the owner of the flag changed it
   void selectVolume(std::optional<std::string> volumeID);
   void startSweepSelectedVolume();
-  void openFolderSweep();
+  void openFolderSweep();  ///< the chooser's event loop may deliver snapshots, or destroy the pane
   void backToVolumes();
 
   // Browsing.
@@ -88,7 +89,7 @@ class DiskSweeperPane {
   bool isRowSelected(const SweeperItem& item, std::size_t column) const;
   const SweeperItem* currentSelectedItem() const;  ///< valid until the next change; null for none
   static std::string sizeLabel(const SweeperItem& item);
-  bool showsStatusStrip() const;       ///< an inventory exists and is not complete
+  bool showsStatusStrip() const;        ///< an inventory exists and is not complete
   std::string statusStripText() const;  ///< scanStatus, or "Indexing…" when that is empty
 
   // Footer, reveal and trash.
@@ -96,8 +97,8 @@ class DiskSweeperPane {
   bool canTrashSelection() const;
   std::string footerStatus() const;  ///< raw bytes where it quotes a name
   std::string trashConfirmTitle() const;
-  void requestTrash();   ///< the trash button: raises confirmTrash
-  void dismissTrash();   ///< "Cancel" or dismissal: lowers confirmTrash
+  void requestTrash();    ///< the trash button: raises confirmTrash
+  void dismissTrash();    ///< "Cancel" or dismissal: lowers confirmTrash
   void confirmedTrash();  ///< "Move to Trash": lowers confirmTrash, then performTrash
   void performTrash();
   void reveal();
@@ -106,13 +107,22 @@ class DiskSweeperPane {
   static std::string volumeDetailText(const SweeperVolume& volume);  ///< "… free, … used, … total"
 
  private:
+  // Each action is told to the listener once, so what actions share is kept apart from the telling.
+  void clearSweep();
+  bool answerPendingRequest();
+  void browse(const FileUrl& root);
+  void startScan(const FileUrl& root);
   void applySnapshot(const SweepInventory& snapshot);
-  void scanFailed(const SweepError& error);
+  void failScan(const SweepError& error);
+  void listColumns();
+  void listColumn(std::ptrdiff_t depth, ColumnLoadId id, const SweepInventory& inventory);
+  void cutColumns(std::size_t count);
+  void openColumn(const FileUrl& folder);
+  void trashSelection();
   void changed();
 
   FileSystem& fileSystem_;
   Desktop& desktop_;
-  MainThread& mainThread_;
   Listener listener_;
   std::shared_ptr<SnapshotMailbox> mailbox_;
 

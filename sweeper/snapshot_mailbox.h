@@ -10,9 +10,9 @@
 
 namespace dunmere {
 
-/// Owned jointly by a pane and its scans. deliver() is called on any scan thread, several at a time; close() on the main
-/// thread. A delivery ends when its work has run on the main thread or the mailbox is closed, whichever comes first;
-/// after close() returns no work of this mailbox runs any more.
+/// Owned jointly by a pane and its scans. deliver() is called on any scan thread, several at a time; close() on the
+/// main thread. A delivery ends when its work has run on the main thread or the mailbox is closed, whichever comes
+/// first; after close() returns no work of this mailbox runs any more.
 class SnapshotMailbox : public std::enable_shared_from_this<SnapshotMailbox> {
  public:
   explicit SnapshotMailbox(MainThread& mainThread) : mainThread_(mainThread) {}
@@ -23,9 +23,17 @@ class SnapshotMailbox : public std::enable_shared_from_this<SnapshotMailbox> {
   /// Ends every waiting delivery and refuses new ones.
   void close();
 
+  /// Any thread.
+  bool isClosed() const;
+
  private:
+  struct Parcel;
+
+  /// Runs a parcel's work on the main thread, unless the mailbox was closed while it was under way.
+  void open(Parcel& parcel);
+
   MainThread& mainThread_;
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
   std::condition_variable ended_;
   bool closed_ = false;
 };
