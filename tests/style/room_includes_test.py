@@ -1,0 +1,82 @@
+"""Tests that every room includes only what it may, see the table in docs/design.md."""
+import os
+import re
+import tempfile
+import unittest
+
+PROJECT = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", ".."))
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
+
+# Angle brackets: the standard library's headers have neither a suffix nor a capital letter; Qt's begin with Q.
+STANDARD = r"<[a-z_]+>"
+SYSTEM = r"<[a-z][A-Za-z0-9_/.-]*>"
+QT = r"<Q[A-Za-z0-9_/.]*>"
+
+# The most special folder first; each with the includes that it may have.
+ROOMS = [
+    ("engine", [STANDARD, '"engine/']),
+    ("sweeper/view", [STANDARD, QT, '"engine/', '"sweeper/', '"shell/theme/']),
+    ("sweeper", [STANDARD, '"engine/', '"sweeper/(?!view/)']),
+    ("platform/desktop", [SYSTEM, QT, '"engine/', '"platform/', '"sweeper/(main_thread|desktop).h"']),
+    ("platform", [SYSTEM, '"engine/', '"platform/(?!desktop/)', '"sweeper/(main_thread|desktop).h"']),
+    ("shell/theme", [STANDARD, QT, '"shell/theme/']),
+    ("shell", [SYSTEM, QT, '"(engine|sweeper|platform|shell)/']),
+]
+
+
+def includes(path):
+    with open(path, encoding="utf-8") as file:
+        for number, line in enumerate(file, 1):
+            match = INCLUDE.match(line)
+            if match:
+                bracket, header = match.groups()
+                yield number, f"<{header}>" if bracket == "<" else f'"{header}"'
+
+
+def sources(project):
+    for room in ("engine", "sweeper", "platform", "shell"):
+        for folder, _, names in os.walk(os.path.join(project, room)):
+            for name in sorted(names):
+                if name.endswith((".h", ".cpp", ".mm")):
+                    yield os.path.relpath(os.path.join(folder, name), project)
+
+
+def allowed(path):
+    return next(patterns for room, patterns in ROOMS if path.startswith(room + "/"))
+
+
+def violations(project):
+    for path in sources(project):
+        for number, header in includes(os.path.join(project, path)):
+            if not any(re.match(pattern, header) for pattern in allowed(path)):
+                yield f"{path}:{number}: {header}"
+
+
+class RoomIncludesTest(unittest.TestCase):
+    def test_every_room_includes_only_what_it_may(self):
+        self.assertGreater(len(list(sources(PROJECT))), 20)
+        self.assertEqual(list(violations(PROJECT)), [])
+
+    def test_a_forbidden_include_is_found(self):
+        forbidden = {
+            "engine/a.cpp": ["<unistd.h>", "<QString>", "<sys/stat.h>", '"sweeper/desktop.h"', '"platform/a.h"'],
+            "sweeper/a.h": ["<QObject>", '"platform/a.h"', '"sweeper/view/a.h"', '"shell/a.h"'],
+            "sweeper/view/a.cpp": ['"platform/a.h"', '"shell/main.h"', "<unistd.h>"],
+            "platform/posix/a.cpp": ["<QFile>", '"sweeper/disk_sweeper_pane.h"', '"shell/a.h"',
+                                     '"platform/desktop/a.h"'],
+            "platform/desktop/a.cpp": ['"sweeper/view/a.h"', '"shell/a.h"'],
+            "shell/theme/a.h": ['"shell/main.h"', '"engine/a.h"', '"sweeper/a.h"'],
+            "shell/main.cpp": ['"tests/a.h"', '"bench/a.h"'],
+        }
+        with tempfile.TemporaryDirectory() as project:
+            for path, headers in forbidden.items():
+                os.makedirs(os.path.dirname(os.path.join(project, path)), exist_ok=True)
+                with open(os.path.join(project, path), "w", encoding="utf-8") as file:
+                    file.writelines(f"#include {header}\n" for header in ["<vector>", *headers])
+            expected = {f"{path}:{number}: {header}" for path, headers in forbidden.items()
+                        for number, header in enumerate(headers, 2)}
+            self.assertEqual(set(violations(project)), expected)
+
+
+if __name__ == "__main__":
+    unittest.main()
