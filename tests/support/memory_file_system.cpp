@@ -12,7 +12,7 @@ SweepError failure(std::string path, std::errc code) {
 }
 
 /// What the folder's own directory read tells of an entry; none when the entry is left out.
-std::optional<EntryAttributes> listedAttributes(MemoryNode& node, EntryDetail detail) {
+std::optional<EntryAttributes> listedAttributes(const MemoryNode& node, EntryDetail detail) {
   switch (detail) {
     case EntryDetail::kinds: {
       EntryAttributes kindOnly;
@@ -35,12 +35,14 @@ class MemoryFileSystem::Folder : public OpenFolder {
 
   std::expected<void, SweepError> readEntries(EntryBatch& batch) override {
     batch.clear();
-    const std::lock_guard lock(fileSystem_.mutex_);
-    const MemoryFolder& folder = *node_.folder;
-    while (batch.size() < fileSystem_.batchSize_ && !failsNow(folder) && next_ < folder.children.size()) {
-      takeNext(folder, batch);
+    std::shared_ptr<const Hook> hook;
+    {
+      const std::lock_guard lock(fileSystem_.mutex_);
+      fill(batch);
+      if (batch.empty() && failsNow()) return std::unexpected(failure(path(), std::errc::io_error));
+      hook = fileSystem_.readHook_;
     }
-    if (batch.empty() && failsNow(folder)) return std::unexpected(failure(path(), std::errc::io_error));
+    if (hook) (*hook)(path());
     return {};
   }
 
@@ -75,13 +77,16 @@ class MemoryFileSystem::Folder : public OpenFolder {
  private:
   std::string path() const { return MemoryTree::pathBelow(*anchor_->node, anchor_->path, node_); }
   LoggedPath logged(std::string_view name) const { return {anchor_, &node_, std::string(name)}; }
-  bool failsNow(const MemoryFolder& folder) const { return folder.failsAfter && taken_ >= *folder.failsAfter; }
+  bool failsNow() const { return node_.folder->failsAfter && taken_ >= *node_.folder->failsAfter; }
 
-  void takeNext(const MemoryFolder& folder, EntryBatch& batch) {
-    const MemoryNode* child = folder.children[next_++];
-    if (!child) return;
-    ++taken_;
-    if (const auto attributes = listedAttributes(*child, detail_)) batch.add(child->name, *attributes);
+  void fill(EntryBatch& batch) {
+    const std::vector<MemoryNode*>& children = node_.folder->children;
+    while (batch.size() < fileSystem_.batchSize_ && !failsNow() && next_ < children.size()) {
+      const MemoryNode* child = children[next_++];
+      if (!child) continue;
+      ++taken_;
+      if (const auto attributes = listedAttributes(*child, detail_)) batch.add(child->name, *attributes);
+    }
   }
 
   MemoryFileSystem& fileSystem_;
@@ -212,9 +217,14 @@ int MemoryFileSystem::utilityPriorityThreads() const {
   return utilityPriorityThreads_;
 }
 
-void MemoryFileSystem::onOpen(OpenHook hook) {
+void MemoryFileSystem::onOpen(Hook hook) {
   const std::lock_guard lock(mutex_);
-  openHook_ = hook ? std::make_shared<const OpenHook>(std::move(hook)) : nullptr;
+  openHook_ = hook ? std::make_shared<const Hook>(std::move(hook)) : nullptr;
+}
+
+void MemoryFileSystem::onRead(Hook hook) {
+  const std::lock_guard lock(mutex_);
+  readHook_ = hook ? std::make_shared<const Hook>(std::move(hook)) : nullptr;
 }
 
 std::expected<std::shared_ptr<OpenFolder>, SweepError> MemoryFileSystem::openFolder(const FileUrl& url,
@@ -283,7 +293,7 @@ std::vector<std::string> MemoryFileSystem::spellAll(const std::vector<LoggedPath
 }
 
 void MemoryFileSystem::logOpening(const LoggedPath& logged) {
-  std::shared_ptr<const OpenHook> hook;
+  std::shared_ptr<const Hook> hook;
   {
     const std::lock_guard lock(mutex_);
     openedFolders_.push_back(logged);

@@ -62,6 +62,8 @@ class MemoryFileSystem : public FileSystem {
   /// Runs at each openFolder() and openChild(), before it answers, on the caller's thread, without the lock: the place
   /// to block a scan or to change the tree under it.
   void onOpen(std::function<void(const std::string& path)> hook);
+  /// The same at each readEntries() once it has its entries: the place to change what was just read.
+  void onRead(std::function<void(const std::string& path)> hook);
 
   // FileSystem. nameSortKey() folds ASCII letters to lower case and leaves all else as it is.
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override;
@@ -86,7 +88,7 @@ class MemoryFileSystem : public FileSystem {
     const MemoryNode* folder = nullptr;  ///< none: the anchor's path itself
     std::string name;
   };
-  using OpenHook = std::function<void(const std::string& path)>;
+  using Hook = std::function<void(const std::string& path)>;
 
   template <typename Change>
   void changeFolder(const std::string& path, Change change);
@@ -105,7 +107,8 @@ class MemoryFileSystem : public FileSystem {
   std::vector<LoggedPath> openedFolders_;
   std::vector<LoggedPath> attributeReads_;
   std::vector<std::string> measuredVolumes_;
-  std::shared_ptr<const OpenHook> openHook_;
+  std::shared_ptr<const Hook> openHook_;
+  std::shared_ptr<const Hook> readHook_;
   std::atomic<int> utilityPriorityThreads_{0};
 };
 
