@@ -1,0 +1,10 @@
+import QtQuick
+
+// A text of the interface: never markup, a fixed line height for its size. `font.pixelSize` is the size in points.
+Text {
+    textFormat: Text.PlainText
+    color: AppTheme.primaryText
+    lineHeightMode: Text.FixedHeight
+    lineHeight: AppTheme.lineHeight(font.pixelSize)
+    font.pixelSize: 14
+}

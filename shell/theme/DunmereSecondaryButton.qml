@@ -1,0 +1,30 @@
+import QtQuick
+
+// The outlined white button; `clicked` is its action.
+PlainButton {
+    id: root
+
+    required property string title
+
+    objectName: "secondaryButton"
+    text: title
+    horizontalPadding: 14
+    verticalPadding: 8
+
+    contentItem: AppText {
+        objectName: "title"
+        text: root.title
+        color: AppTheme.primaryText
+        font.pixelSize: 14
+        font.weight: Font.Medium
+        horizontalAlignment: Text.AlignHCenter
+        Accessible.ignored: true
+    }
+    background: ContinuousRectangle {
+        objectName: "background"
+        radius: AppTheme.cornerRadius
+        color: AppTheme.card
+        borderColor: AppTheme.border
+        borderWidth: 1
+    }
+}

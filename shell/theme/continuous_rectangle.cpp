@@ -1,0 +1,51 @@
+#include "shell/theme/continuous_rectangle.h"
+
+#include <QPainter>
+
+#include "shell/theme/continuous_corner_path.h"
+
+namespace dunmere {
+
+ContinuousRectangle::ContinuousRectangle(QQuickItem* parent) : QQuickPaintedItem(parent) {
+  setAntialiasing(true);
+}
+
+void ContinuousRectangle::setRadius(qreal radius) {
+  if (radius_ == radius) return;
+  radius_ = radius;
+  emit radiusChanged();
+  update();
+}
+
+void ContinuousRectangle::setColor(const QColor& color) {
+  if (color_ == color) return;
+  color_ = color;
+  emit colorChanged();
+  update();
+}
+
+void ContinuousRectangle::setBorderColor(const QColor& color) {
+  if (borderColor_ == color) return;
+  borderColor_ = color;
+  emit borderColorChanged();
+  update();
+}
+
+void ContinuousRectangle::setBorderWidth(qreal width) {
+  if (borderWidth_ == width) return;
+  borderWidth_ = width;
+  emit borderWidthChanged();
+  update();
+}
+
+void ContinuousRectangle::paint(QPainter* painter) {
+  const QRectF bounds = boundingRect();
+  painter->fillPath(continuousCornerPath(bounds, radius_), color_);
+  if (borderWidth_ <= 0) return;
+  // A pen straddles its path: half of it inwards keeps the whole line inside, on whole pixels.
+  const qreal inset = borderWidth_ / 2;
+  const QPainterPath middle = continuousCornerPath(bounds.adjusted(inset, inset, -inset, -inset), radius_ - inset);
+  painter->strokePath(middle, QPen(borderColor_, borderWidth_));
+}
+
+}  // namespace dunmere

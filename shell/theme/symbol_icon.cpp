@@ -1,0 +1,74 @@
+#include "shell/theme/symbol_icon.h"
+
+#include <QPainter>
+#include <QtMath>
+#include <algorithm>
+
+#include "shell/theme/symbol_paths.h"
+
+namespace dunmere {
+namespace {
+
+/// Stroke width in ems: as heavy as the stems of text of this weight.
+qreal strokeEms(int weight) {
+  return 0.09 + (weight - QFont::Normal) * 0.00015;
+}
+
+/// A capital's height in ems.
+constexpr qreal capitalHeight = 0.705;
+
+}  // namespace
+
+SymbolIcon::SymbolIcon(QQuickItem* parent) : QQuickPaintedItem(parent) {
+  setAntialiasing(true);
+}
+
+void SymbolIcon::setSystemImage(const QString& name) {
+  if (systemImage_ == name) return;
+  systemImage_ = name;
+  if (!name.isEmpty() && !symbolExtent(name)) qWarning("SymbolIcon: no symbol is named \"%s\"", qUtf8Printable(name));
+  emit systemImageChanged();
+  measure();
+}
+
+void SymbolIcon::setPixelSize(qreal size) {
+  if (pixelSize_ == size) return;
+  pixelSize_ = size;
+  emit pixelSizeChanged();
+  measure();
+}
+
+void SymbolIcon::setWeight(int weight) {
+  if (weight_ == weight) return;
+  weight_ = weight;
+  emit weightChanged();
+  update();
+}
+
+void SymbolIcon::setColor(const QColor& color) {
+  if (color_ == color) return;
+  color_ = color;
+  emit colorChanged();
+  update();
+}
+
+void SymbolIcon::measure() {
+  const QSizeF extent = symbolExtent(systemImage_).value_or(QSizeF()) * pixelSize_;
+  // An even width has its centre on a pixel boundary, where symmetric symbols stay symmetric.
+  setImplicitSize(2 * qCeil(extent.width() / 2), qRound(extent.height()));
+  setBaselineOffset(implicitHeight() / 2 + capitalHeight * pixelSize_ / 2);
+  update();
+}
+
+void SymbolIcon::paint(QPainter* painter) {
+  const qreal scale = painter->deviceTransform().m11();
+  const qreal stroke = std::max(1.0, qreal(qRound(strokeEms(weight_) * pixelSize_ * scale)));
+  const SymbolGrid grid{boundingRect().center() * scale, pixelSize_ * scale, stroke};
+  const std::optional<SymbolDrawing> drawing = symbolDrawing(systemImage_, grid);
+  if (!drawing) return;
+  painter->scale(1 / scale, 1 / scale);
+  painter->strokePath(drawing->strokes, QPen(color_, stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  painter->fillPath(drawing->fills, color_);
+}
+
+}  // namespace dunmere
