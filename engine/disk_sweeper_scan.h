@@ -4,6 +4,7 @@
 #include <expected>
 #include <functional>
 #include <future>
+#include <optional>
 #include <vector>
 
 #include "engine/file_system.h"
@@ -14,6 +15,11 @@
 #include "engine/sweeper_volume.h"
 
 namespace dunmere {
+
+/// How a scan goes about its work; never what it finds.
+struct ScanOptions {
+  std::optional<unsigned> readers;  ///< threads that read ahead of the scan, 0 or more; none: the usual number
+};
 
 /// A namespace without instances or state.
 struct DiskSweeperScan {
@@ -31,8 +37,11 @@ struct DiskSweeperScan {
   /// file. Publishes a snapshot through `onUpdate` after every 12,000th counted file and after a counted file when
   /// 350 ms have passed since the last one, and at last the final one, which is also the future's value. Returns at
   /// once; the future does not wait when destroyed. Fails, publishing nothing, when the root does not exist or is no
-  /// folder. `fileSystem` must outlive the scan; a scan is never cancelled.
-  static std::future<ScanResult> runProgressiveScan(FileSystem& fileSystem, FileUrl under, UpdateCallback onUpdate);
+  /// folder, or when no thread can be started; a root that may not be read is an empty scan with read errors. Running
+  /// out of memory half-way fails too, after the snapshots published until then. `fileSystem` must outlive the scan; a
+  /// scan is never cancelled. Once the future is ready nothing touches `fileSystem` or `onUpdate` any more.
+  static std::future<ScanResult> runProgressiveScan(FileSystem& fileSystem, FileUrl under, UpdateCallback onUpdate,
+                                                    ScanOptions options = {});
 
   /// The direct children of `parent`, sized from `inventory`, largest first, equal sizes by name. Any thread; reads the
   /// disk for this one folder only. Fails with the listing's error.
