@@ -1,4 +1,5 @@
 import QtQuick
+import Dunmere.Theme
 
 // The filled orange button; `clicked` is its action. The style called `Accent` is the darker fill.
 PlainButton {

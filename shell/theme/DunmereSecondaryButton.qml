@@ -1,4 +1,5 @@
 import QtQuick
+import Dunmere.Theme
 
 // The outlined white button; `clicked` is its action.
 PlainButton {

@@ -1,4 +1,5 @@
 import QtQuick
+import Dunmere.Theme
 
 // Icon and title side by side, as the sidebar's rows and its "Drives…" button have them.
 Item {

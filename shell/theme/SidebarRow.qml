@@ -1,4 +1,5 @@
 import QtQuick
+import Dunmere.Theme
 
 // One row of the sidebar: icon and title, as wide as the sidebar, clickable all over; `clicked` is its action.
 // Selection changes the icon's colour and the background, nothing else.
