@@ -1,0 +1,123 @@
+#include "sweeper/display_text.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace dunmere {
+namespace {
+
+TEST(DisplayText, OrdinaryTextIsUnchanged) {
+  for (const char* text :
+       {"", "Photos", "a b.txt", "café", "日本", "Ελλάδα", "…“”·—’", "\U0001F600", "~!@#$%^&*()<b>"}) {
+    EXPECT_EQ(displayText(text), text);
+  }
+}
+
+TEST(DisplayText, ComposedAndDecomposedLettersStayAsSpelt) {
+  EXPECT_EQ(displayText("e\u0301"), "e\u0301");
+  EXPECT_EQ(displayText("\u00E9"), "\u00E9");
+}
+
+TEST(DisplayText, JoinersStay) {
+  EXPECT_EQ(displayText("\U0001F468\u200D\U0001F469"), "\U0001F468\u200D\U0001F469");
+  EXPECT_EQ(displayText("می\u200Cخواهم"), "می\u200Cخواهم");
+}
+
+TEST(DisplayText, ControlCharactersBecomePictures) {
+  EXPECT_EQ(displayText(std::string_view("\0", 1)), "\u2400");
+  EXPECT_EQ(displayText("a\tb"), "a\u2409b");
+  EXPECT_EQ(displayText("\r\x1B[0m\x1F"), "\u240D\u241B[0m\u241F");
+  EXPECT_EQ(displayText("\x7F"), "\u2421");
+}
+
+TEST(DisplayText, NewlineHasItsOwnPicture) {
+  EXPECT_EQ(displayText("a\nb"), "a\u2424b");
+}
+
+TEST(DisplayText, SecondControlSetBecomesCodes) {
+  EXPECT_EQ(displayText("\xC2\x80"), "[U+0080]");
+  EXPECT_EQ(displayText("\xC2\x85"), "[U+0085]");
+  EXPECT_EQ(displayText("\xC2\x9F"), "[U+009F]");
+  EXPECT_EQ(displayText("\xC2\xA0"), "\xC2\xA0");
+}
+
+TEST(DisplayText, OverriddenNameCannotDisguiseItself) {
+  EXPECT_EQ(displayText("invoice\u202Efdp.exe"), "invoice[U+202E]fdp.exe");
+}
+
+struct Invisible {
+  const char* spelling;
+  const char* shown;
+};
+
+class DisplayTextOfInvisible : public ::testing::TestWithParam<Invisible> {};
+
+TEST_P(DisplayTextOfInvisible, IsItsCode) {
+  EXPECT_EQ(displayText(GetParam().spelling), GetParam().shown);
+}
+
+INSTANTIATE_TEST_SUITE_P(BidirectionalControls, DisplayTextOfInvisible,
+                         ::testing::Values(Invisible{"\u061C", "[U+061C]"}, Invisible{"\u200E", "[U+200E]"},
+                                           Invisible{"\u200F", "[U+200F]"}, Invisible{"\u202A", "[U+202A]"},
+                                           Invisible{"\u202B", "[U+202B]"}, Invisible{"\u202C", "[U+202C]"},
+                                           Invisible{"\u202D", "[U+202D]"}, Invisible{"\u202E", "[U+202E]"},
+                                           Invisible{"\u2066", "[U+2066]"}, Invisible{"\u2067", "[U+2067]"},
+                                           Invisible{"\u2068", "[U+2068]"}, Invisible{"\u2069", "[U+2069]"}));
+
+INSTANTIATE_TEST_SUITE_P(OtherFormatCharacters, DisplayTextOfInvisible,
+                         ::testing::Values(Invisible{"\u00AD", "[U+00AD]"}, Invisible{"\u180E", "[U+180E]"},
+                                           Invisible{"\u200B", "[U+200B]"}, Invisible{"\u2028", "[U+2028]"},
+                                           Invisible{"\u2029", "[U+2029]"}, Invisible{"\u2060", "[U+2060]"},
+                                           Invisible{"\u2064", "[U+2064]"}, Invisible{"\u206A", "[U+206A]"},
+                                           Invisible{"\u206F", "[U+206F]"}, Invisible{"\uFEFF", "[U+FEFF]"},
+                                           Invisible{"\uFFF9", "[U+FFF9]"}, Invisible{"\uFFFB", "[U+FFFB]"},
+                                           Invisible{"\U000E0000", "[U+E0000]"}, Invisible{"\U000E0001", "[U+E0001]"},
+                                           Invisible{"\U000E007F", "[U+E007F]"}));
+
+TEST(DisplayText, NeighboursOfInvisibleCharactersStay) {
+  for (const char* text : {"\u00AC", "\u00AE", "\u061B", "\u061D", "\u180D", "\u180F", "\u200A", "\u2010", "\u2027",
+                           "\u202F", "\u205F", "\u2070", "\uFEFC", "\uFFFC", "\U000E0080"}) {
+    EXPECT_EQ(displayText(text), text);
+  }
+}
+
+TEST(DisplayText, EachInvalidByteIsReplaced) {
+  EXPECT_EQ(displayText("caf\xE9"), "caf\uFFFD");
+  EXPECT_EQ(displayText("\xFF\xFE"), "\uFFFD\uFFFD");
+  EXPECT_EQ(displayText("a\x80z"), "a\uFFFDz");
+}
+
+TEST(DisplayText, CutOffSequencesAreInvalid) {
+  EXPECT_EQ(displayText("\xC3"), "\uFFFD");
+  EXPECT_EQ(displayText("\xE2\x82"), "\uFFFD\uFFFD");
+  EXPECT_EQ(displayText("\xF0\x9F\x98"), "\uFFFD\uFFFD\uFFFD");
+  EXPECT_EQ(displayText("\xE2\x82z"), "\uFFFD\uFFFDz");
+  EXPECT_EQ(displayText("\xE2\xC3\xA9"), "\uFFFD\u00E9");
+}
+
+TEST(DisplayText, OverlongSequencesAreInvalid) {
+  EXPECT_EQ(displayText("\xC0\xAF"), "\uFFFD\uFFFD");
+  EXPECT_EQ(displayText("\xC1\xBF"), "\uFFFD\uFFFD");
+  EXPECT_EQ(displayText("\xE0\x80\xAF"), "\uFFFD\uFFFD\uFFFD");
+  EXPECT_EQ(displayText("\xF0\x80\x80\xAF"), "\uFFFD\uFFFD\uFFFD\uFFFD");
+}
+
+TEST(DisplayText, SurrogatesAreInvalid) {
+  EXPECT_EQ(displayText("\xED\xA0\x80"), "\uFFFD\uFFFD\uFFFD");
+  EXPECT_EQ(displayText("\xED\xBF\xBF"), "\uFFFD\uFFFD\uFFFD");
+}
+
+TEST(DisplayText, EndsOfTheEncodingAreKept) {
+  EXPECT_EQ(displayText("\xED\x9F\xBF"), "\xED\x9F\xBF");
+  EXPECT_EQ(displayText("\xEE\x80\x80"), "\xEE\x80\x80");
+  EXPECT_EQ(displayText("\xF4\x8F\xBF\xBF"), "\xF4\x8F\xBF\xBF");
+}
+
+TEST(DisplayText, AboveTheLastCharacterIsInvalid) {
+  EXPECT_EQ(displayText("\xF4\x90\x80\x80"), "\uFFFD\uFFFD\uFFFD\uFFFD");
+  EXPECT_EQ(displayText("\xF5\x80\x80\x80"), "\uFFFD\uFFFD\uFFFD\uFFFD");
+}
+
+}  // namespace
+}  // namespace dunmere
