@@ -11,6 +11,7 @@
 #include "tests/engine/column_rows.h"
 #include "tests/engine/scan_results.h"
 #include "tests/support/memory_file_system.h"
+#include "tests/support/print_values.h"
 
 namespace dunmere {
 namespace {

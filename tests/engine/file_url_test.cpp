@@ -5,6 +5,8 @@
 #include <string>
 #include <unordered_set>
 
+#include "tests/support/print_values.h"
+
 namespace dunmere {
 namespace {
 

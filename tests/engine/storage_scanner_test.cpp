@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/support/memory_file_system.h"
+#include "tests/support/print_values.h"
 
 namespace dunmere {
 namespace {

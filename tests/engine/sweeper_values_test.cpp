@@ -7,6 +7,7 @@
 
 #include "engine/sweeper_item.h"
 #include "engine/sweeper_volume.h"
+#include "tests/support/print_values.h"
 
 namespace dunmere {
 namespace {

@@ -47,11 +47,8 @@ bool MainThreadQueue::runUntil(const std::function<bool()>& done, std::chrono::s
         queue_.pop_front();
       }
     }
-    if (work) {
-      work();
-    } else if (std::chrono::steady_clock::now() >= deadline) {
-      return done();
-    }
+    if (work) work();
+    if (std::chrono::steady_clock::now() >= deadline) return done();
   }
   return true;
 }

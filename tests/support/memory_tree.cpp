@@ -49,9 +49,11 @@ MemoryNode& MemoryTree::add(const std::string& path, EntryKind kind) {
   MemoryNode& parent = parentFolder(parentPath);
   if (MemoryNode* existing = parent.child(name)) {
     if (existing->attributes.kind == kind) return *existing;
+    const std::size_t place = existing->position;
     detach(*existing);
+    return newNode(parent, name, kind, place);
   }
-  return newNode(parent, name, kind);
+  return newNode(parent, name, kind, parent.folder->children.size());
 }
 
 MemoryNode& MemoryTree::at(const std::string& path) {
@@ -139,19 +141,20 @@ MemoryNode& MemoryTree::parentFolder(const std::string& parentPath) {
 
 MemoryNode& MemoryTree::childFolder(MemoryNode& folder, std::string_view name) {
   MemoryNode* child = folder.child(name);
-  if (!child) return newNode(folder, name, EntryKind::folder);
+  if (!child) return newNode(folder, name, EntryKind::folder, folder.folder->children.size());
   if (!child->folder) throw std::invalid_argument("not a folder: " + pathOf(*child));
   return *child;
 }
 
-MemoryNode& MemoryTree::newNode(MemoryNode& parent, std::string_view name, EntryKind kind) {
+MemoryNode& MemoryTree::newNode(MemoryNode& parent, std::string_view name, EntryKind kind, std::size_t place) {
   MemoryNode& node = nodes_.emplace_back();
   node.name = name;
   node.parent = &parent;
-  node.position = parent.folder->children.size();
+  node.position = place;
   node.attributes.kind = kind;
   if (kind == EntryKind::folder) node.folder = std::make_unique<MemoryFolder>();
-  parent.folder->children.push_back(&node);
+  if (place == parent.folder->children.size()) parent.folder->children.push_back(nullptr);
+  parent.folder->children[place] = &node;
   parent.folder->byName.emplace(node.name, &node);
   return node;
 }

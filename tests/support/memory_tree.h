@@ -49,7 +49,7 @@ class MemoryTree {
   MemoryTree(const MemoryTree&) = delete;
   MemoryTree& operator=(const MemoryTree&) = delete;
 
-  /// The entry at `path`, made if needed with its missing parents; an entry of another kind is replaced.
+  /// The entry at `path`, made if needed with its missing parents; an entry of another kind is replaced in its place.
   MemoryNode& add(const std::string& path, EntryKind kind);
   /// The entry at `path` itself; links in the path are not followed.
   MemoryNode& at(const std::string& path);
@@ -67,7 +67,7 @@ class MemoryTree {
  private:
   MemoryNode& parentFolder(const std::string& parentPath);
   MemoryNode& childFolder(MemoryNode& folder, std::string_view name);
-  MemoryNode& newNode(MemoryNode& parent, std::string_view name, EntryKind kind);
+  MemoryNode& newNode(MemoryNode& parent, std::string_view name, EntryKind kind, std::size_t place);
   void detach(MemoryNode& node);
   void forgetLastParent();
 
