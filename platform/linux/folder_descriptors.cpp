@@ -1,0 +1,90 @@
+#include "platform/linux/folder_descriptors.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace dunmere {
+
+std::size_t FolderDescriptors::budgetOfProcess() {
+  constexpr rlim_t kLeast = 4;
+  constexpr rlim_t kMost = 512;
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return kLeast;
+  return std::clamp<rlim_t>(limit.rlim_cur / 2, kLeast, kMost);
+}
+
+std::optional<FolderDescriptors::Slot::Identity> FolderDescriptors::Slot::identityOf(int descriptor) {
+  struct statx status {};
+  // The inode number never changes while the folder is open, so no server need be asked.
+  if (::statx(descriptor, "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_INO, &status) != 0) return std::nullopt;
+  return Identity{::gnu_dev_makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
+}
+
+std::expected<FolderDescriptors::Pin, int> FolderDescriptors::adopt(Slot& slot, UniqueDescriptor opened) {
+  const std::lock_guard lock(mutex_);
+  if (slot.descriptor_) return pinLocked(slot);
+  if (slot.wasClosed_) {
+    const auto identity = Slot::identityOf(opened.get());
+    if (!identity || identity != slot.identity_) return std::unexpected(ESTALE);
+  }
+  slot.descriptor_ = std::move(opened);
+  ++slot.generation_;
+  slot.place_ = idle_.insert(idle_.end(), &slot);
+  Pin pin = pinLocked(slot);
+  keepToBudget();
+  return pin;
+}
+
+FolderDescriptors::Pin FolderDescriptors::pin(Slot& slot) {
+  const std::lock_guard lock(mutex_);
+  return slot.descriptor_ ? pinLocked(slot) : Pin();
+}
+
+FolderDescriptors::Pin FolderDescriptors::pinLocked(Slot& slot) {
+  if (slot.pins_++ == 0) pinned_.splice(pinned_.end(), idle_, slot.place_);
+  Pin pin;
+  pin.descriptors_ = this;
+  pin.slot_ = &slot;
+  pin.descriptor_ = slot.descriptor_.get();
+  pin.generation_ = slot.generation_;
+  return pin;
+}
+
+void FolderDescriptors::release(Slot& slot) {
+  const std::lock_guard lock(mutex_);
+  if (--slot.pins_ > 0) return;
+  idle_.splice(idle_.end(), pinned_, slot.place_);
+  keepToBudget();
+}
+
+void FolderDescriptors::forget(Slot& slot) {
+  UniqueDescriptor closing;
+  const std::lock_guard lock(mutex_);
+  if (!slot.descriptor_) return;
+  idle_.erase(slot.place_);
+  closing = std::move(slot.descriptor_);
+}
+
+void FolderDescriptors::closeIdle() {
+  const std::lock_guard lock(mutex_);
+  while (!idle_.empty()) evictOldest();
+}
+
+void FolderDescriptors::keepToBudget() {
+  while (idle_.size() + pinned_.size() > budget_ && !idle_.empty()) evictOldest();
+}
+
+void FolderDescriptors::evictOldest() {
+  Slot& slot = *idle_.front();
+  slot.identity_ = Slot::identityOf(slot.descriptor_.get());
+  slot.wasClosed_ = true;
+  idle_.pop_front();
+  const UniqueDescriptor closing = std::move(slot.descriptor_);
+}
+
+}  // namespace dunmere

@@ -1,0 +1,117 @@
+// FolderDescriptors: keeps a bounded number of folders open, so that a tree may be deeper than a process may hold
+// descriptors.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <list>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+#include "platform/posix/unique_descriptor.h"
+
+namespace dunmere {
+
+/// A descriptor in use is pinned. Of the others the one unused for longest is closed when more than `budget` are open;
+/// its folder notices, opens itself anew and hands the new descriptor in. Thread-safe.
+class FolderDescriptors {
+ public:
+  class Slot;
+  class Pin;
+
+  /// `budget`: descriptors to keep open at most, at least 1. Only pinned ones can go beyond it.
+  explicit FolderDescriptors(std::size_t budget) : budget_(budget) {}
+
+  /// Half of what this process may open, between 4 and 512: the rest of the process opens files too, and more than a
+  /// few hundred open folders make no walk faster.
+  static std::size_t budgetOfProcess();
+
+  /// Hands `opened` to `slot`. If the slot got a descriptor meanwhile, that one stays and `opened` is closed. Fails
+  /// with ESTALE when the slot held a descriptor before and `opened` is another folder.
+  std::expected<Pin, int> adopt(Slot& slot, UniqueDescriptor opened);
+
+  /// The slot's descriptor, kept open while the pin lives; an empty pin when it has been closed.
+  Pin pin(Slot& slot);
+
+  /// Closes every descriptor that is not pinned.
+  void closeIdle();
+
+ private:
+  void release(Slot& slot);
+  void forget(Slot& slot);
+  void evictOldest();
+  void keepToBudget();
+  Pin pinLocked(Slot& slot);
+
+  const std::size_t budget_;
+  std::mutex mutex_;
+  std::list<Slot*> idle_;    // unused for longest first
+  std::list<Slot*> pinned_;  // in no order
+};
+
+/// One folder's place among the descriptors. Lives as long as the folder; must not outlive `descriptors`.
+class FolderDescriptors::Slot {
+ public:
+  explicit Slot(FolderDescriptors& descriptors) : descriptors_(descriptors) {}
+  ~Slot() { descriptors_.forget(*this); }
+  Slot(const Slot&) = delete;
+  Slot& operator=(const Slot&) = delete;
+
+ private:
+  friend class FolderDescriptors;
+
+  /// What tells one folder from any other.
+  struct Identity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    friend bool operator==(const Identity&, const Identity&) = default;
+  };
+  static std::optional<Identity> identityOf(int descriptor);
+
+  // Guarded by the descriptors' mutex.
+  FolderDescriptors& descriptors_;
+  UniqueDescriptor descriptor_;
+  bool wasClosed_ = false;
+  std::optional<Identity> identity_;  // known only once a descriptor had to be closed: most never are
+  std::uint64_t generation_ = 0;
+  int pins_ = 0;
+  std::list<Slot*>::iterator place_;
+};
+
+/// Keeps one slot's descriptor open. Move-only.
+class FolderDescriptors::Pin {
+ public:
+  Pin() = default;
+  Pin(Pin&& other) noexcept
+      : descriptors_(other.descriptors_),
+        slot_(std::exchange(other.slot_, nullptr)),
+        descriptor_(other.descriptor_),
+        generation_(other.generation_) {}
+  Pin& operator=(Pin&& other) noexcept {
+    std::swap(descriptors_, other.descriptors_);
+    std::swap(slot_, other.slot_);
+    std::swap(descriptor_, other.descriptor_);
+    std::swap(generation_, other.generation_);
+    return *this;
+  }
+  ~Pin() {
+    if (slot_ != nullptr) descriptors_->release(*slot_);
+  }
+
+  explicit operator bool() const { return slot_ != nullptr; }
+  int descriptor() const { return descriptor_; }
+  /// Counts the slot's descriptors: while it stays the same, so does the position of a read.
+  std::uint64_t generation() const { return generation_; }
+
+ private:
+  friend class FolderDescriptors;
+
+  FolderDescriptors* descriptors_ = nullptr;
+  Slot* slot_ = nullptr;
+  int descriptor_ = -1;
+  std::uint64_t generation_ = 0;
+};
+
+}  // namespace dunmere

@@ -1,0 +1,106 @@
+#include "platform/linux/mount_table.h"
+
+#include <libmount.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <memory>
+
+namespace dunmere {
+
+namespace {
+
+using Table = std::unique_ptr<libmnt_table, decltype(&mnt_unref_table)>;
+using Iterator = std::unique_ptr<libmnt_iter, decltype(&mnt_free_iter)>;
+
+std::string textOf(const char* text) {
+  return text == nullptr ? "" : text;
+}
+
+std::string optionOf(libmnt_fs* mount, const char* name) {
+  char* value = nullptr;
+  std::size_t length = 0;
+  if (mnt_fs_get_option(mount, name, &value, &length) != 0 || value == nullptr) return "";
+  return std::string(value, length);
+}
+
+MountEntry entryOf(libmnt_fs* mount) {
+  return {.id = mnt_fs_get_id(mount),
+          .parentId = mnt_fs_get_parent_id(mount),
+          .mountPoint = textOf(mnt_fs_get_target(mount)),
+          .root = textOf(mnt_fs_get_root(mount)),
+          .fileSystem = textOf(mnt_fs_get_fstype(mount)),
+          .source = textOf(mnt_fs_get_source(mount)),
+          .subvolume = optionOf(mount, "subvol"),
+          .isPseudo = mnt_fs_is_pseudofs(mount) == 1 || mnt_fs_is_swaparea(mount) == 1,
+          .isNetwork = mnt_fs_is_netfs(mount) == 1};
+}
+
+/// The first mount's parent is outside of what this process sees, or the mount itself.
+const MountEntry* parentOf(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
+  const auto parent = std::ranges::find(mounts, mount.parentId, &MountEntry::id);
+  return parent == mounts.end() || parent->id == mount.id ? nullptr : &*parent;
+}
+
+/// Whether another mount lies on the whole of `mount`: its parent is `mount` and its folder the same.
+bool isOverlaid(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
+  return std::ranges::any_of(mounts, [&mount](const MountEntry& other) {
+    return other.parentId == mount.id && other.id != mount.id && other.mountPoint == mount.mountPoint;
+  });
+}
+
+/// Whether the way from the mount that holds `mount` is barred by a later one at the same folder or above it.
+bool isBarred(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
+  const auto position = std::ranges::find(mounts, mount.id, &MountEntry::id);
+  return std::any_of(std::next(position), mounts.end(), [&mount](const MountEntry& later) {
+    return later.parentId == mount.parentId && isAtOrBelow(mount.mountPoint, later.mountPoint);
+  });
+}
+
+bool isReachable(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
+  if (isOverlaid(mounts, mount)) return false;
+  std::size_t climbed = 0;
+  for (const MountEntry* step = &mount; step != nullptr; step = parentOf(mounts, *step)) {
+    if (isBarred(mounts, *step) || ++climbed > mounts.size()) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool isAtOrBelow(const std::string& path, const std::string& folder) {
+  if (folder == "/") return path.starts_with('/');
+  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+std::vector<MountEntry> withoutHiddenMounts(const std::vector<MountEntry>& mounts) {
+  std::vector<MountEntry> reachable;
+  std::ranges::copy_if(mounts, std::back_inserter(reachable),
+                       [&mounts](const MountEntry& mount) { return isReachable(mounts, mount); });
+  return reachable;
+}
+
+const MountEntry* mountHolding(const std::vector<MountEntry>& mounts, const std::string& path) {
+  const MountEntry* nearest = nullptr;
+  for (const MountEntry& mount : mounts) {
+    if (!isAtOrBelow(path, mount.mountPoint)) continue;
+    if (nearest == nullptr || mount.mountPoint.size() >= nearest->mountPoint.size()) nearest = &mount;
+  }
+  return nearest;
+}
+
+std::expected<std::vector<MountEntry>, int> readMountTable(const std::string& file) {
+  const Table table(mnt_new_table(), &mnt_unref_table);
+  const Iterator iterator(mnt_new_iter(MNT_ITER_FORWARD), &mnt_free_iter);
+  if (!table || !iterator) return std::unexpected(ENOMEM);
+  // A negative result is an errno value, a positive one a number of lines that made no sense and were left out.
+  if (const int result = mnt_table_parse_file(table.get(), file.c_str()); result < 0) return std::unexpected(-result);
+  std::vector<MountEntry> mounts;
+  for (libmnt_fs* mount = nullptr; mnt_table_next_fs(table.get(), iterator.get(), &mount) == 0;) {
+    mounts.push_back(entryOf(mount));
+  }
+  return withoutHiddenMounts(mounts);
+}
+
+}  // namespace dunmere

@@ -1,0 +1,39 @@
+// readMountTable: the system's mounts, as far as they can be reached.
+#pragma once
+
+#include <expected>
+#include <string>
+#include <vector>
+
+namespace dunmere {
+
+/// One mount. All texts are raw bytes.
+struct MountEntry {
+  int id = 0;
+  int parentId = 0;        ///< the mount that this one is mounted on
+  std::string mountPoint;  ///< absolute path without trailing slash
+  std::string root;        ///< the folder of the file system that is mounted: "/" for all of it
+  std::string fileSystem;  ///< type, "ext4"
+  std::string source;      ///< device, share, or any other word
+  std::string subvolume;   ///< the btrfs subvolume that the root lies in; else empty
+  bool isPseudo = false;   ///< made by the kernel or in memory: holds nobody's files on a disk
+  bool isNetwork = false;
+
+  friend bool operator==(const MountEntry&, const MountEntry&) = default;
+};
+
+/// The mounts of this process in the order of mounting, without those that another mount hides. `file` is in the format
+/// of mountinfo. Touches no mounted file system. Fails with an errno value. Any thread.
+std::expected<std::vector<MountEntry>, int> readMountTable(const std::string& file = "/proc/self/mountinfo");
+
+/// The entries that a path can lead to: not those below or under a later mount. Keeps the order.
+std::vector<MountEntry> withoutHiddenMounts(const std::vector<MountEntry>& mounts);
+
+/// The mount that holds `path`, an absolute path without "." and "..": the one mounted nearest above it. Lexical; null
+/// when there is none. Points into `mounts`.
+const MountEntry* mountHolding(const std::vector<MountEntry>& mounts, const std::string& path);
+
+/// Whether `path` is `folder` or lies below it; both without trailing slash. Lexical.
+bool isAtOrBelow(const std::string& path, const std::string& folder);
+
+}  // namespace dunmere

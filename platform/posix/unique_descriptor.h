@@ -1,0 +1,32 @@
+// UniqueDescriptor: a file descriptor that is closed by its owner's end.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace dunmere {
+
+/// Move-only; -1 stands for none.
+class UniqueDescriptor {
+ public:
+  UniqueDescriptor() = default;
+  explicit UniqueDescriptor(int descriptor) : descriptor_(descriptor) {}
+  UniqueDescriptor(UniqueDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+  UniqueDescriptor& operator=(UniqueDescriptor&& other) noexcept {
+    std::swap(descriptor_, other.descriptor_);
+    return *this;
+  }
+  ~UniqueDescriptor() {
+    // The descriptor is gone whatever close() says, and nothing was written through it.
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+
+  int get() const { return descriptor_; }
+  explicit operator bool() const { return descriptor_ >= 0; }
+
+ private:
+  int descriptor_ = -1;
+};
+
+}  // namespace dunmere
