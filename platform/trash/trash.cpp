@@ -1,0 +1,80 @@
+#include "platform/trash/trash.h"
+
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "platform/trash/gio_trash.h"
+#include "platform/trash/located_item.h"
+#include "platform/trash/mount_points.h"
+#include "platform/trash/trashed_item.h"
+
+namespace dunmere {
+
+namespace {
+
+std::error_code codeOf(int number) {
+  return {number, std::generic_category()};
+}
+
+/// Why the volume could take no record of the item's origin. The Trash lies on the item's own volume, always: GIO only
+/// renames. Volumes without a count of blocks or inodes say 0 for the total.
+std::error_code volumeRefusal(const Descriptor& folder) {
+  struct statvfs volume {};
+  if (fstatvfs(folder.number(), &volume) != 0) return codeOf(errno);
+  if ((volume.f_flag & ST_RDONLY) != 0) return codeOf(EROFS);
+  const bool mayUseReserve = geteuid() == 0;
+  const auto freeBlocks = mayUseReserve ? volume.f_bfree : volume.f_bavail;
+  const auto freeInodes = mayUseReserve ? volume.f_ffree : volume.f_favail;
+  if (volume.f_blocks > 0 && freeBlocks == 0) return codeOf(ENOSPC);
+  if (volume.f_files > 0 && freeInodes == 0) return codeOf(ENOSPC);
+  return {};
+}
+
+/// What a reported success is worth.
+std::error_code checkMoved(const LocatedItem& located) {
+  const auto stillThere = isAtItsPlace(located);
+  if (!stillThere) return stillThere.error();
+  if (*stillThere) return codeOf(EIO);
+  const auto trashed = findInTrash(located);
+  if (!trashed || isOriginRecorded(*trashed)) return {};
+  return putBack(*trashed, located) ? unrecordedReason(*trashed) : std::error_code();
+}
+
+std::unexpected<SweepError> failure(const FileUrl& url, std::error_code code, const std::string& volumeName = {}) {
+  const bool isPermission = code == std::errc::operation_not_permitted;
+  return std::unexpected(SweepError{SweepAttempt::moveToTrash, url, isPermission ? codeOf(EACCES) : code, volumeName});
+}
+
+}  // namespace
+
+std::expected<void, SweepError> Trash::moveItem(const FileUrl& url) {
+  const auto located = locateItem(url);
+  if (!located) return failure(url, located.error());
+  const auto mountPoints = readMountPoints();
+  if (!mountPoints) return failure(url, mountPoints.error());
+  if (isMountAtOrBelow(*mountPoints, located->physicalPath)) return failure(url, codeOf(EBUSY));
+  if (const auto code = volumeRefusal(located->folder)) return failure(url, code);
+
+  // The physical path, so that GIO and the guards speak of the same item, and the record names a place that lasts.
+  const std::error_code refused = moveToTrashWithGio(located->physicalPath);
+  if (refused == std::errc::not_supported) {
+    const std::string volume = nameOfVolume(mountPointHolding(*mountPoints, located->physicalPath));
+    return failure(url, refused, volume);
+  }
+  if (refused) return failure(url, refused);
+  if (const auto code = checkMoved(*located)) return failure(url, code);
+  return {};
+}
+
+std::string Trash::nameOfVolume(const std::string& mountPoint) {
+  const auto values = fileSystem_.volumeValues(FileUrl(mountPoint));
+  if (values && values->name && !values->name->empty()) return *values->name;
+  return mountPoint == "/" ? "Filesystem root" : FileUrl(mountPoint).lastPathComponent();
+}
+
+}  // namespace dunmere
