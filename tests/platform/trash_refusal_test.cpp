@@ -1,0 +1,317 @@
+// When nothing may be moved: after each refusal the item is whole and where it was.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+#include "tests/platform/trash_room.h"
+
+namespace dunmere::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class TrashRefusal : public TrashRoom {
+ protected:
+  /// Makes the folder "item" with one file and mounts a file system of `type` at "item/<below>".
+  void makeItemWithMount(const std::string& below) {
+    makeFolder(path("item"));
+    makeFile(path("item/file"), "of the item");
+    enterPrivateMounts();
+    if (!below.empty()) makeFolder(path("item/" + below));
+    mountNew(path("item/" + below), "ramfs");
+    makeFile(path("item/" + below + "/mounted"), "of the mount");
+  }
+};
+
+VolumeValues labelled(const std::string& name) {
+  VolumeValues values;
+  values.name = name;
+  return values;
+}
+
+/// Fills the volume at `folder` to its last block.
+void fillVolume(const std::string& folder) {
+  const int file = open((folder + "/filler").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_GE(file, 0);
+  const std::string block(4096, 'f');
+  while (write(file, block.data(), block.size()) > 0) continue;
+  EXPECT_EQ(errno, ENOSPC);
+  close(file);
+}
+
+TEST_F(TrashRefusal, TheRootFolderStays) {
+  inRoom([&] {
+    EXPECT_EQ(moveToTrash("/"), EBUSY);
+    EXPECT_EQ(moveToTrash("//"), EBUSY);
+    EXPECT_FALSE(isThere(trash()));
+  });
+}
+
+TEST_F(TrashRefusal, PathsThatNameNoItemAreInvalid) {
+  makeFolder(path("folder"));
+  inRoom([&] {
+    EXPECT_EQ(moveToTrash(""), EINVAL);
+    EXPECT_EQ(moveToTrash("relative/path"), EINVAL);
+    EXPECT_EQ(moveToTrash(path("folder/.")), EINVAL);
+    EXPECT_EQ(moveToTrash(path("folder/..")), EINVAL);
+    EXPECT_TRUE(isThere(path("folder")));
+  });
+}
+
+TEST_F(TrashRefusal, AMissingItemIsSaidToBeMissing) {
+  makeFile(path("file"), "x");
+  inRoom([&] {
+    EXPECT_EQ(moveToTrash(path("missing")), ENOENT);
+    EXPECT_EQ(moveToTrash(path("missing/item")), ENOENT);
+    EXPECT_EQ(moveToTrash(path("file/item")), ENOTDIR);
+    EXPECT_FALSE(isThere(trash()));
+    EXPECT_EQ(contentOf(path("file")), "x");
+  });
+}
+
+TEST_F(TrashRefusal, AMountPointStays) {
+  inRoom([&] {
+    makeItemWithMount("");
+    EXPECT_EQ(moveToTrash(path("item")), EBUSY);
+    EXPECT_EQ(contentOf(path("item/mounted")), "of the mount");
+  });
+}
+
+TEST_F(TrashRefusal, AnItemWithAMountBelowStaysWithAllOfIt) {
+  inRoom([&] {
+    makeItemWithMount("sub");
+    EXPECT_EQ(moveToTrash(path("item")), EBUSY);
+    EXPECT_EQ(contentOf(path("item/file")), "of the item");
+    EXPECT_EQ(contentOf(path("item/sub/mounted")), "of the mount");
+    EXPECT_FALSE(isThere(trash()));
+  });
+}
+
+TEST_F(TrashRefusal, AMountBelowIsSeenWhateverItsName) {
+  inRoom([&] {
+    makeItemWithMount("a b\nc\\040\xff");
+    EXPECT_EQ(moveToTrash(path("item")), EBUSY);
+    EXPECT_EQ(contentOf(path("item/a b\nc\\040\xff/mounted")), "of the mount");
+  });
+}
+
+TEST_F(TrashRefusal, AMountBelowIsSeenThroughALinkAboveTheItem) {
+  makeLink(path("detour"), ".");
+  inRoom([&] {
+    makeItemWithMount("sub");
+    EXPECT_EQ(moveToTrash(path("detour/item")), EBUSY);
+    EXPECT_EQ(contentOf(path("item/sub/mounted")), "of the mount");
+  });
+}
+
+TEST_F(TrashRefusal, AMountBesideTheItemDoesNotHinder) {
+  inRoom([&] {
+    makeItemWithMount("sub");
+    makeFolder(path("item/su"));
+    makeLink(path("link"), "item/sub");
+    EXPECT_EQ(moveToTrash(path("item/su")), 0);
+    EXPECT_EQ(moveToTrash(path("link")), 0);
+    EXPECT_EQ(contentOf(path("item/sub/mounted")), "of the mount");
+  });
+}
+
+TEST_F(TrashRefusal, AVolumeInMemoryHasNoTrashAndIsCalledByItsLabel) {
+  makeFolder(path("memory"));
+  fileSystem.setVolumeValues(path("memory"), labelled("Scratch"));
+  inRoom([&] {
+    enterPrivateMounts();
+    mountNew(path("memory"), "tmpfs");
+    makeFolder(path("memory/folder"));
+    makeFile(path("memory/folder/file"), "x");
+    EXPECT_EQ(moveToTrash(path("memory/folder/file")), ENOTSUP);
+    EXPECT_EQ(volumeName, "Scratch");
+    EXPECT_EQ(contentOf(path("memory/folder/file")), "x");
+    EXPECT_THAT(namesIn(path("memory")), ElementsAre("folder"));
+  });
+}
+
+TEST_F(TrashRefusal, AVolumeWithoutLabelIsCalledByItsMountPoint) {
+  makeFolder(path("memory"));
+  inRoom([&] {
+    enterPrivateMounts();
+    mountNew(path("memory"), "tmpfs");
+    makeFile(path("memory/file"), "x");
+    EXPECT_EQ(moveToTrash(path("memory/file")), ENOTSUP);  // the file system cannot measure it
+    EXPECT_EQ(volumeName, "memory");
+    fileSystem.setVolumeValues(path("memory"), labelled(""));
+    EXPECT_EQ(moveToTrash(path("memory/file")), ENOTSUP);
+    EXPECT_EQ(volumeName, "memory");
+  });
+}
+
+TEST_F(TrashRefusal, TheRootVolumeWithoutALabelIsCalledFilesystemRoot) {
+  makeFolder(path("system"));
+  inRoom([&] {
+    // A small system of its own whose root folder is a volume on which the user has no place for a Trash.
+    enterPrivateMounts();
+    mountNew(path("system"), "ramfs");
+    for (const char* folder : {"system/proc", "system/home", "system/work"}) makeFolder(path(folder));
+    mountNew(path("system/proc"), "proc");
+    mountNew(path("system/home"), "tmpfs", "mode=777");
+    ASSERT_EQ(chmod(path("system/work").c_str(), 0777), 0);
+    ASSERT_EQ(chroot(path("system").c_str()), 0);
+    ASSERT_EQ(chdir("/"), 0);
+    setenv("HOME", "/home", 1);
+    setenv("XDG_DATA_HOME", "/home/data", 1);
+    makeFile("/work/file", "x");
+    ASSERT_EQ(chmod("/", 0755), 0);
+    dropPrivileges();
+    EXPECT_EQ(moveToTrash("/work/file"), ENOTSUP);
+    EXPECT_EQ(volumeName, "Filesystem root");
+    EXPECT_EQ(contentOf("/work/file"), "x");
+  });
+}
+
+TEST_F(TrashRefusal, AFolderThatMayNotBeChangedKeepsItsItem) {
+  makeFolder(path("locked"));
+  makeFile(path("locked/file"), "x");
+  ASSERT_EQ(chmod(home().c_str(), 0777), 0);
+  ASSERT_EQ(chmod(path("locked").c_str(), 0555), 0);
+  inRoom([&] {
+    dropPrivileges();
+    EXPECT_EQ(moveToTrash(path("locked/file")), EACCES);
+    EXPECT_EQ(contentOf(path("locked/file")), "x");
+    EXPECT_THAT(namesIn(trash() + "/files"), IsEmpty());
+    EXPECT_THAT(namesIn(trash() + "/info"), IsEmpty());
+  });
+  ASSERT_EQ(chmod(path("locked").c_str(), 0755), 0);
+}
+
+TEST_F(TrashRefusal, ANotSearchableFolderKeepsItsItem) {
+  makeFolder(path("locked"));
+  makeFile(path("locked/file"), "x");
+  ASSERT_EQ(chmod(path("locked").c_str(), 0), 0);
+  inRoom([&] {
+    dropPrivileges();
+    EXPECT_EQ(moveToTrash(path("locked/file")), EACCES);
+  });
+  ASSERT_EQ(chmod(path("locked").c_str(), 0755), 0);
+  EXPECT_EQ(contentOf(path("locked/file")), "x");
+}
+
+TEST_F(TrashRefusal, AReadOnlyVolumeKeepsItsItem) {
+  makeFolder(path("frozen"));
+  inRoom([&] {
+    enterPrivateMounts();
+    mountNew(path("frozen"), "ramfs");
+    makeFile(path("frozen/file"), "x");
+    remountReadOnly(path("frozen"));
+    EXPECT_EQ(moveToTrash(path("frozen/file")), EROFS);
+    EXPECT_EQ(contentOf(path("frozen/file")), "x");
+  });
+}
+
+TEST_F(TrashRefusal, AVolumeWithoutFreeSpaceKeepsItsItem) {
+  inRoom([&] {
+    enterPrivateMounts();
+    mountNew(home(), "tmpfs", "size=64k");
+    makeFile(home() + "/file", "x");
+    fillVolume(home());
+    EXPECT_EQ(moveToTrash(home() + "/file"), ENOSPC);
+    EXPECT_EQ(contentOf(home() + "/file"), "x");
+    EXPECT_THAT(namesIn(home()), ElementsAre("file", "filler"));
+  });
+}
+
+TEST_F(TrashRefusal, AVolumeWithoutFreeInodesKeepsItsItem) {
+  inRoom([&] {
+    enterPrivateMounts();
+    mountNew(home(), "tmpfs", "nr_inodes=2");
+    makeFile(home() + "/file", "x");
+    EXPECT_EQ(moveToTrash(home() + "/file"), ENOSPC);
+    EXPECT_EQ(contentOf(home() + "/file"), "x");
+    EXPECT_THAT(namesIn(home()), ElementsAre("file"));
+  });
+}
+
+TEST_F(TrashRefusal, AnItemWhoseOriginCannotBeRecordedIsPutBack) {
+  makeFolder(path("item"));
+  makeFile(path("item/file"), "x");
+  inRoom([&] {
+    forbidWriting();
+    EXPECT_EQ(moveToTrash(path("item")), ENOSPC);
+    EXPECT_EQ(contentOf(path("item/file")), "x");
+    EXPECT_THAT(namesIn(trash() + "/files"), IsEmpty());
+    EXPECT_THAT(namesIn(trash() + "/info"), IsEmpty());
+  });
+}
+
+TEST_F(TrashRefusal, NamesOver238BytesStay) {
+  inRoom([&] {
+    // From 239 bytes on GIO can make the record but not write it; from 246 on it cannot even make it.
+    for (const std::size_t length : {239U, 245U, 246U, 255U}) {
+      const std::string name(length, 'n');
+      makeFile(path(name), "x");
+      EXPECT_EQ(moveToTrash(path(name)), ENAMETOOLONG) << length;
+      EXPECT_EQ(contentOf(path(name)), "x") << length;
+    }
+    EXPECT_EQ(moveToTrash(path(std::string(256, 'n'))), ENAMETOOLONG);
+    EXPECT_THAT(namesIn(trash() + "/files"), IsEmpty());
+    EXPECT_THAT(namesIn(trash() + "/info"), IsEmpty());
+  });
+}
+
+TEST_F(TrashRefusal, APathBeyondTheSystemsLimitStays) {
+  const std::string name(200, 'd');
+  inRoom([&] {
+    std::string deep = path("");
+    ASSERT_EQ(chdir(deep.c_str()), 0);
+    while (deep.size() < 4200) {
+      makeFolder(name);
+      ASSERT_EQ(chdir(name.c_str()), 0);
+      deep += name + "/";
+    }
+    makeFile("file", "x");
+    EXPECT_EQ(moveToTrash(deep + "file"), ENAMETOOLONG);
+    EXPECT_EQ(contentOf("file"), "x");
+  });
+}
+
+TEST_F(TrashRefusal, AnItemThatContainsTheTrashStays) {
+  makeFile(home() + "/file", "x");
+  inRoom([&] {
+    EXPECT_NE(moveToTrash(home()), 0);
+    EXPECT_EQ(contentOf(home() + "/file"), "x");
+    EXPECT_THAT(namesIn(trash() + "/files"), IsEmpty());
+  });
+}
+
+TEST_F(TrashRefusal, ALinkInThePlaceOfAVolumesTrashIsNotFollowed) {
+  makeFolder(path("volume"));
+  inRoom([&] {
+    enterPrivateMounts();
+    mountNew(path("volume"), "ramfs");
+    makeFolder(path("volume/elsewhere"));
+    makeFile(path("volume/file"), "x");
+    makeLink(path("volume/.Trash-") + std::to_string(geteuid()), "elsewhere");
+    EXPECT_EQ(moveToTrash(path("volume/file")), ENOTSUP);
+    EXPECT_EQ(contentOf(path("volume/file")), "x");
+    EXPECT_THAT(namesIn(path("volume/elsewhere")), IsEmpty());
+  });
+}
+
+TEST_F(TrashRefusal, ATrashOnAnotherVolumeThanHomeIsNotUsed) {
+  inRoom([&] {
+    enterPrivateMounts();
+    makeFolder(dataHome());
+    mountNew(dataHome(), "ramfs");
+    makeFile(home() + "/file", "x");
+    EXPECT_EQ(moveToTrash(home() + "/file"), ENOTSUP);
+    EXPECT_EQ(contentOf(home() + "/file"), "x");
+  });
+}
+
+}  // namespace
+}  // namespace dunmere::test
