@@ -1,0 +1,184 @@
+"""Tests of the real program on a desktop of its own, through nothing but what a user sees and does.
+
+Each test is one run of this file, see CMakeLists.txt. The pictures that a test takes stay in its output folder.
+"""
+import json
+import os
+import shutil
+import subprocess
+import time
+import unittest
+import urllib.parse
+
+from desktop_session import DesktopSession, wait_for
+from dunmere_window import TEXT, DunmereWindow, starting_with
+
+BINARY = os.environ["DUNMERE"]
+MAKE_TREE = os.environ["MAKE_TREE"]
+WORK = os.environ["END_TO_END_WORK"]
+
+ODD_NAME = b"caf\xe9 100% #1;?.bin"  # Latin-1: not UTF-8, and full of what a URI must escape
+ODD_NAME_SHOWN = "caf\N{REPLACEMENT CHARACTER} 100% #1;?.bin"
+
+
+def write_file(path, size):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, "wb") as file:
+        file.write(os.urandom(size))
+
+
+class EndToEndTest(unittest.TestCase):
+    def setUp(self):
+        self.work = os.path.join(WORK, self._testMethodName)
+        shutil.rmtree(self.work, ignore_errors=True)
+        self.disk = os.path.join(self.work, "disk")
+        self.output = os.path.join(self.work, "output")
+        self.home = os.path.join(self.work, "home")
+        self.session = self.enterContext(DesktopSession(self.home, self.output))
+
+    def enterContext(self, manager):  # unittest has its own from Python 3.11 on
+        value = manager.__enter__()
+        self.addCleanup(manager.__exit__, None, None, None)
+        return value
+
+    def start(self):
+        self.window = DunmereWindow(self.session, BINARY)
+        self.window.button("Open Folder…")
+        return self.window
+
+    def close_and_check(self):
+        """Closes the window; the program must end well and have had nothing to complain about."""
+        self.window.close()
+        self.assertEqual(self.window.wait_for_exit(), 0)
+        self.assertEqual(self.window.program.output(), "")
+
+
+class SweepTest(EndToEndTest):
+    def setUp(self):
+        super().setUp()
+        self.odd_file = os.path.join(os.fsencode(self.disk), b"Movies", b"Holiday", ODD_NAME)
+        write_file(self.odd_file, 300_000)
+        write_file(os.path.join(self.disk, "Movies", "Holiday", "other.bin"), 100_000)
+        write_file(os.path.join(self.disk, "Movies", "trailer.bin"), 50_000)
+        write_file(os.path.join(self.disk, "Documents", "letter.txt"), 20_000)
+        write_file(os.path.join(self.disk, "note.txt"), 5_000)
+
+    def sweep_and_open_two_levels(self):
+        self.session.picture("drives")
+        self.window.sweep_folder(self.disk, picture_of_chooser="chooser")
+        self.window.wait_for_end_of_sweep()
+        self.session.picture("swept")
+        self.window.select("disk", "Movies")
+        self.window.select("Movies", "Holiday")
+        self.window.column("Holiday")
+
+    def test_sweeps_a_chosen_folder_and_opens_two_levels(self):
+        self.start()
+        self.sweep_and_open_two_levels()
+        self.session.picture("opened")
+        sizes = {"Movies": "459 KB", "Documents": "20 KB", "note.txt": "8 KB"}
+        self.assertEqual(self.window.rows("disk"),
+                         [f"Movies, folder, {sizes['Movies']}", f"Documents, folder, {sizes['Documents']}",
+                          f"note.txt, file, {sizes['note.txt']}"])
+        self.assertEqual([name.split(", ")[:2] for name in self.window.rows("Movies")],
+                         [["Holiday", "folder"], ["trailer.bin", "file"]])
+        self.assertEqual([name.split(", ")[:2] for name in self.window.rows("Holiday")],
+                         [[ODD_NAME_SHOWN, "file"], ["other.bin", "file"]])
+        self.window.wait_for_status(f"Holiday / {self.disk}/Movies")
+        self.close_and_check()
+
+    def test_moves_a_file_to_the_trash_after_asking(self):
+        self.start()
+        self.sweep_and_open_two_levels()
+        self.window.select("Holiday", ODD_NAME_SHOWN)
+        self.ask_for_trash_and_press("Cancel")
+        self.assertTrue(os.path.exists(self.odd_file))
+        self.assertFalse(os.path.exists(self.trash("files")))
+
+        self.ask_for_trash_and_press("Move to Trash", picture="question")
+        wait_for("the file to leave its folder", lambda: not os.path.lexists(self.odd_file))
+        wait_for("the row to go", lambda: self.window.rows("Holiday") == ["other.bin, file, 102 KB"])
+        self.session.picture("trashed")
+        self.check_trash()
+        self.close_and_check()
+
+    def ask_for_trash_and_press(self, answer, picture=None):
+        self.window.press("Move to Trash")
+        question = self.session.see("dialog", f"Move “{ODD_NAME_SHOWN}” to Trash?")
+        if picture:
+            self.session.picture(picture)
+        self.window.press(answer, inside=question)
+        self.session.gone("dialog", starting_with("Move “"))
+
+    def trash(self, kind):
+        return os.path.join(self.home, ".local", "share", "Trash", kind)
+
+    def check_trash(self):
+        self.assertEqual(os.listdir(os.fsencode(self.trash("files"))), [ODD_NAME])
+        self.assertEqual(os.path.getsize(os.path.join(os.fsencode(self.trash("files")), ODD_NAME)), 300_000)
+        self.assertEqual(os.listdir(os.fsencode(self.trash("info"))), [ODD_NAME + b".trashinfo"])
+        with open(os.path.join(os.fsencode(self.trash("info")), ODD_NAME + b".trashinfo"), encoding="ascii") as file:
+            lines = file.read().splitlines()
+        self.assertEqual(lines[0], "[Trash Info]")
+        values = dict(line.split("=", 1) for line in lines[1:])
+        self.assertEqual(urllib.parse.unquote_to_bytes(values["Path"]), self.odd_file)
+        self.assertRegex(values["DeletionDate"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d$")
+
+    def test_reveals_the_selected_file_by_its_exact_bytes(self):
+        calls = os.path.join(self.output, "file-manager-calls")
+        manager = self.session.start("file-manager", ["/usr/bin/python3", os.path.join(
+            os.path.dirname(os.path.realpath(__file__)), "fake_file_manager.py"), calls])
+        wait_for("the file manager to be there", lambda: manager.output() == "ready\n")
+        self.start()
+        self.sweep_and_open_two_levels()
+        self.window.select("Holiday", ODD_NAME_SHOWN)
+        self.window.wait_for_status(f"{ODD_NAME_SHOWN} / {self.disk}/Movies/Holiday")
+        self.window.press("Reveal")
+        wait_for("the call of the file manager", lambda: os.path.exists(calls) and os.path.getsize(calls))
+        self.session.picture("revealed")
+        self.close_and_check()
+        with open(calls, encoding="utf-8") as file:
+            made = [json.loads(line) for line in file]
+        self.assertEqual([call["method"] for call in made], ["ShowItems"])
+        self.assertEqual(len(made[0]["uris"]), 1)
+        uri = made[0]["uris"][0]
+        self.assertTrue(uri.startswith("file:///"), uri)
+        self.assertTrue(uri.isascii(), uri)
+        self.assertNotRegex(uri, r"[ #?;]")
+        self.assertEqual(urllib.parse.unquote_to_bytes(uri.removeprefix("file://")), self.odd_file)
+
+    def test_settings_and_drives_lead_back_to_the_drives(self):
+        window = self.start()
+        self.sweep_and_open_two_levels()
+        window.press("Settings")
+        self.session.gone("list", "Holiday")
+        self.session.picture("settings")
+        window.press("Free Space")
+        window.button("Open Folder…")
+        self.assertEqual(window.columns(), [])
+
+        window.sweep_folder(self.disk)
+        window.column("disk")
+        window.press("Drives…")
+        window.button("Open Folder…")
+        self.assertEqual(window.columns(), [])
+        self.close_and_check()
+
+
+class CloseTest(EndToEndTest):
+    def test_closing_the_window_ends_the_program_during_a_sweep(self):
+        # The wide root folder makes every snapshot long to show, so that the sweep takes seconds and not a moment.
+        subprocess.run([MAKE_TREE, self.disk, "--files", "200000", "--folders", "3", "--size", "0"], check=True)
+        window = self.start()
+        window.sweep_folder(self.disk)
+        self.session.see(TEXT, lambda name: name.endswith(" scanned"))
+        window.close()
+        asked = time.monotonic()
+        code = window.wait_for_exit()
+        print(f"\nfrom the closing key to the end of the process: {(time.monotonic() - asked) * 1000:.0f} ms", flush=True)
+        self.assertEqual(code, 0)
+        self.assertEqual(window.program.output(), "")
+
+
+if __name__ == "__main__":
+    unittest.main()
