@@ -21,14 +21,11 @@ std::optional<std::string_view> belowRoot(std::string_view key, std::string_view
   return key.substr(1);
 }
 
-std::optional<Place> folderAt(const PathTreeSnapshot& tree, std::string_view key) {
-  auto folder = tree.root();
-  if (!folder || key == tree.name(*folder)) return folder;
-  const auto path = belowRoot(key, tree.name(*folder));
-  if (!path) return std::nullopt;
-  for (std::size_t start = 0; folder && start <= path->size();) {
-    const std::size_t slash = std::min(path->find('/', start), path->size());
-    folder = tree.childNamed(*folder, path->substr(start, slash - start));
+// The folder that `path` leads to from `folder`.
+std::optional<Place> descend(const PathTreeSnapshot& tree, std::optional<Place> folder, std::string_view path) {
+  for (std::size_t start = 0; folder && start <= path.size();) {
+    const std::size_t slash = std::min(path.find('/', start), path.size());
+    folder = tree.childNamed(*folder, path.substr(start, slash - start));
     start = slash + 1;
   }
   return folder;
@@ -82,17 +79,29 @@ std::optional<std::int64_t> PathBytes::Folder::bytesOf(std::string_view name) {
 }
 
 std::optional<std::int64_t> PathBytes::find(std::string_view key) const {
-  if (!snapshot_) return std::nullopt;
-  if (const auto folder = folderAt(*snapshot_, key)) return snapshot_->bytes(*folder);
-  const std::size_t slash = key.rfind('/');
-  if (slash == std::string_view::npos) return std::nullopt;
-  const auto parent = folderAt(*snapshot_, key.substr(0, std::max<std::size_t>(slash, 1)));
-  return parent ? fileNamed(*snapshot_, *parent, key.substr(slash + 1)) : std::nullopt;
+  if (empty()) return std::nullopt;
+  const PathTreeSnapshot& tree = *snapshot_;
+  const Place root = *tree.root();
+  if (key == tree.name(root)) return tree.bytes(root);
+  const auto path = belowRoot(key, tree.name(root));
+  if (!path) return std::nullopt;
+  const std::size_t slash = path->rfind('/');
+  const bool isChildOfRoot = slash == std::string_view::npos;
+  const auto parent = isChildOfRoot ? root : descend(tree, root, path->substr(0, slash));
+  if (!parent) return std::nullopt;
+  const std::string_view name = isChildOfRoot ? *path : path->substr(slash + 1);
+  if (const auto folder = tree.childNamed(*parent, name)) return tree.bytes(*folder);
+  return fileNamed(tree, *parent, name);
 }
 
 PathBytes::Folder PathBytes::folder(std::string_view key) const {
-  if (!snapshot_) return {};
-  const auto place = folderAt(*snapshot_, key);
+  if (empty()) return {};
+  const PathTreeSnapshot& tree = *snapshot_;
+  std::optional<Place> place = tree.root();
+  if (key != tree.name(*place)) {
+    const auto path = belowRoot(key, tree.name(*place));
+    place = path ? descend(tree, place, *path) : std::nullopt;
+  }
   return place ? Folder(std::make_unique<FolderChildren>(snapshot_, *place)) : Folder();
 }
 
@@ -101,7 +110,7 @@ std::int64_t PathBytes::size() const {
 }
 
 void PathBytes::forEach(const std::function<void(std::string_view, std::int64_t)>& visit) const {
-  if (!snapshot_) return;
+  if (empty()) return;
   const PathTreeSnapshot& tree = *snapshot_;
   KeyPath path;
   for (auto folder = tree.root(); folder; folder = tree.following(*folder)) {
