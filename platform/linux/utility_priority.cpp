@@ -1,6 +1,5 @@
 #include "platform/linux/utility_priority.h"
 
-#include <linux/ioprio.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -20,11 +19,17 @@ void lowerProcessorPriority() {
   if (errno == 0 && current < kNice) ::setpriority(PRIO_PROCESS, kCallingThread, kNice);
 }
 
+/// The kernel's numbers, from ioprio_set(2): some versions of <linux/ioprio.h> do not compile as C++.
+constexpr int kWhoProcess = 1;
+constexpr long kClassBestEffort = 2;
+constexpr long kClassIdle = 3;
+constexpr int kClassShift = 13;
+
 void lowerDiskPriority() {
-  const long current = ::syscall(SYS_ioprio_get, IOPRIO_WHO_PROCESS, kCallingThread);
-  if (current >= 0 && IOPRIO_PRIO_CLASS(static_cast<unsigned long>(current)) == IOPRIO_CLASS_IDLE) return;
-  constexpr int kLowest = 7;
-  ::syscall(SYS_ioprio_set, IOPRIO_WHO_PROCESS, kCallingThread, IOPRIO_PRIO_VALUE(IOPRIO_CLASS_BE, kLowest));
+  const long current = ::syscall(SYS_ioprio_get, kWhoProcess, kCallingThread);
+  if (current >= 0 && current >> kClassShift == kClassIdle) return;
+  constexpr long kLowest = 7;
+  ::syscall(SYS_ioprio_set, kWhoProcess, kCallingThread, kClassBestEffort << kClassShift | kLowest);
 }
 
 }  // namespace
