@@ -1,0 +1,151 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Templates as T
+import Dunmere.Sweeper
+import Dunmere.Theme
+
+// The browser of a sweep: progress, the columns side by side, and the footer.
+Item {
+    id: root
+
+    required property SweeperViewModel viewModel
+
+    readonly property real minimumColumnHeight: 360
+
+    component OpenColumn: Row {
+        id: column
+
+        required property int index
+        required property RowListModel rows
+        required property string folderName
+
+        signal rowActivated(row: int)
+        signal leftRequested
+        signal rightRequested
+        signal keyboardEntered
+
+        function takeKeyboard() {
+            sweeperColumn.takeKeyboard();
+        }
+
+        SweeperColumn {
+            id: sweeperColumn
+            objectName: "sweeperColumn" + column.index
+            height: column.height
+            rows: column.rows
+            folderName: column.folderName
+            onRowActivated: row => column.rowActivated(row)
+            onLeftRequested: column.leftRequested()
+            onRightRequested: column.rightRequested()
+            onKeyboardEntered: column.keyboardEntered()
+        }
+        ColumnDivider {
+            height: column.height
+        }
+    }
+
+    objectName: "browserChrome"
+
+    Loader {
+        id: strip
+        objectName: "statusStripLoader"
+        width: parent.width
+        active: root.viewModel.showsStatusStrip
+        visible: active
+        sourceComponent: Column {
+            StatusStrip {
+                width: strip.width
+                status: root.viewModel.statusStripText
+            }
+            Divider {
+                objectName: "statusDivider"
+                width: strip.width
+            }
+        }
+    }
+
+    Rectangle {
+        id: columnArea
+        objectName: "columnArea"
+        anchors.top: strip.bottom
+        width: parent.width
+        height: Math.max(root.minimumColumnHeight, root.height - strip.height - footerDivider.height - footer.height)
+        color: AppTheme.card
+
+        Flickable {
+            id: scroller
+            objectName: "columnScroller"
+            anchors.fill: parent
+            clip: true
+            contentWidth: columnRow.width
+            contentHeight: columnRow.height
+            flickableDirection: Flickable.HorizontalFlick
+            boundsBehavior: Flickable.StopAtBounds
+
+            T.ScrollBar.horizontal: ScrollBar {
+                id: horizontalBar
+                objectName: "columnAreaScrollBar"
+            }
+
+            Row {
+                id: columnRow
+                objectName: "columnRow"
+                // The bar takes its own space: it covers no row.
+                height: Math.max(root.minimumColumnHeight, scroller.height - (horizontalBar.visible ? horizontalBar.height : 0))
+
+                Repeater {
+                    id: columnRepeater
+                    model: root.viewModel.columns
+
+                    OpenColumn {
+                        height: columnRow.height
+                        onRowActivated: row => root.viewModel.selectRow(index, row)
+                        onLeftRequested: root.giveKeyboardTo(index - 1)
+                        onRightRequested: root.giveKeyboardTo(index + 1)
+                        onKeyboardEntered: root.scrollTo(x, width)
+                    }
+                }
+            }
+        }
+
+        // A mouse with one wheel scrolls sideways with Shift.
+        Item {
+            anchors.fill: parent
+
+            WheelHandler {
+                acceptedModifiers: Qt.ShiftModifier
+                onWheel: event => root.scrollBy(-(event.angleDelta.y + event.angleDelta.x) / 120 * 56)
+            }
+        }
+    }
+
+    Divider {
+        id: footerDivider
+        objectName: "footerDivider"
+        anchors.top: columnArea.bottom
+        width: parent.width
+    }
+    FooterBar {
+        id: footer
+        anchors.top: footerDivider.bottom
+        width: parent.width
+        viewModel: root.viewModel
+    }
+
+    function giveKeyboardTo(index: int) {
+        const column = columnRepeater.itemAt(index) as OpenColumn;
+        if (column)
+            column.takeKeyboard();
+    }
+
+    /// Scrolls as far as needed to see this span of the columns.
+    function scrollTo(left: real, width: real) {
+        scroller.contentX = Math.max(Math.min(scroller.contentX, left), left + width - scroller.width);
+    }
+
+    function scrollBy(distance: real) {
+        const most = Math.max(0, scroller.contentWidth - scroller.width);
+        scroller.contentX = Math.max(0, Math.min(most, scroller.contentX + distance));
+    }
+}

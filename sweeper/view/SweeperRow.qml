@@ -1,0 +1,90 @@
+import QtQuick
+import Dunmere.Sweeper
+import Dunmere.Theme
+
+// One file or folder of a column. The column takes the mouse and the keys for all its rows.
+Item {
+    id: root
+
+    required property int index
+    required property string name
+    required property string sizeText
+    required property string accessibleText
+    required property bool isDirectory
+    required property bool isSymbolicLink
+    required property bool isCompleteZero
+    required property bool selected
+    required property bool pressed
+    required property bool showsFocus
+
+    signal activated
+
+    objectName: "sweeperRow" + index
+    implicitHeight: 6 + Math.max(sizeLabel.height, nameLabel.height) + 6
+    opacity: pressed ? AppTheme.pressedOpacity : 1
+
+    Accessible.role: Accessible.Button
+    Accessible.name: accessibleText
+    Accessible.selectable: true
+    Accessible.selected: selected
+    Accessible.focusable: true
+    Accessible.onPressAction: root.activated()
+
+    Rectangle {
+        objectName: "rowBackground"
+        anchors.fill: parent
+        radius: 4
+        color: root.selected ? AppTheme.accentOrange : "transparent"
+    }
+    AppText {
+        id: sizeLabel
+        objectName: "rowSize"
+        x: 10
+        width: 88
+        anchors.verticalCenter: parent.verticalCenter
+        horizontalAlignment: Text.AlignRight
+        text: root.sizeText
+        color: root.selected ? Qt.alpha(AppTheme.onAccent, 0.95) : root.isCompleteZero ? Qt.rgba(0.2, 0.55, 0.35, 1) : AppTheme.accentOrange
+        font.family: SystemFonts.monospacedFamily
+        font.pixelSize: 12
+        font.weight: Font.Medium
+        Accessible.ignored: true
+    }
+    AppText {
+        id: nameLabel
+        objectName: "rowName"
+        anchors.left: sizeLabel.right
+        anchors.leftMargin: 8
+        anchors.right: parent.right
+        anchors.rightMargin: root.isDirectory ? 10 + chevron.width + 16 : 10 + 8
+        anchors.verticalCenter: parent.verticalCenter
+        text: root.name
+        color: root.selected ? AppTheme.onAccent : AppTheme.primaryText
+        font.pixelSize: 13
+        font.italic: root.isSymbolicLink
+        maximumLineCount: 1
+        elide: Text.ElideRight
+        Accessible.ignored: true
+    }
+    SymbolIcon {
+        id: chevron
+        objectName: "rowChevron"
+        anchors.right: parent.right
+        anchors.rightMargin: 10
+        anchors.verticalCenter: parent.verticalCenter
+        visible: root.isDirectory
+        systemImage: "chevron.right"
+        pixelSize: 10
+        weight: Font.DemiBold
+        color: root.selected ? Qt.alpha(AppTheme.onAccent, 0.9) : AppTheme.mutedLabel
+    }
+    Rectangle {
+        objectName: "rowFocusRing"
+        anchors.fill: parent
+        radius: 4
+        color: "transparent"
+        border.width: 2
+        border.color: root.selected ? AppTheme.accentOrangeDeep : AppTheme.focusRing
+        visible: root.showsFocus
+    }
+}

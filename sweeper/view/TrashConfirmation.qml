@@ -1,0 +1,75 @@
+import QtQuick
+import QtQuick.Templates as T
+import Dunmere.Sweeper
+import Dunmere.Theme
+
+// The question before anything is moved to the Trash, over the whole window. Escape cancels; Return does nothing.
+T.Popup {
+    id: root
+
+    required property SweeperViewModel viewModel
+
+    objectName: "trashConfirmation"
+    parent: T.Overlay.overlay
+    x: parent ? Math.round((parent.width - width) / 2) : 0
+    y: parent ? Math.round((parent.height - height) / 2) : 0
+    width: 300
+    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
+    padding: 20
+    modal: true
+    focus: true
+    closePolicy: T.Popup.CloseOnEscape
+    visible: viewModel.confirmTrash
+
+    // Closed by Escape, not by a button.
+    onClosed: {
+        if (root.viewModel.confirmTrash)
+            root.viewModel.dismissTrash();
+    }
+
+    T.Overlay.modal: Rectangle {
+        objectName: "trashConfirmDim"
+        color: Qt.rgba(0, 0, 0, 0.25)
+    }
+
+    background: ContinuousRectangle {
+        objectName: "trashConfirmCard"
+        radius: 10
+        color: AppTheme.card
+        borderColor: AppTheme.border
+        borderWidth: 1
+    }
+
+    contentItem: Column {
+        objectName: "trashConfirmContent"
+        spacing: 8
+
+        Accessible.role: Accessible.Dialog
+        Accessible.name: root.viewModel.trashConfirmTitle
+
+        AppText {
+            objectName: "trashConfirmTitle"
+            width: root.availableWidth
+            bottomPadding: 8
+            text: root.viewModel.trashConfirmTitle
+            font.pixelSize: 13
+            font.weight: Font.Bold
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
+        }
+        DestructiveButton {
+            objectName: "trashConfirmMove"
+            width: root.availableWidth
+            title: qsTr("Move to Trash")
+            onClicked: root.viewModel.confirmedTrash()
+        }
+        DunmereSecondaryButton {
+            objectName: "trashConfirmCancel"
+            width: root.availableWidth
+            title: qsTr("Cancel")
+            onClicked: root.viewModel.dismissTrash()
+        }
+    }
+}

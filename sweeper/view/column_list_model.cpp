@@ -1,0 +1,79 @@
+#include "sweeper/view/column_list_model.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "sweeper/view/shown_text.h"
+
+namespace dunmere {
+namespace {
+
+std::optional<std::size_t> selectedRow(const DiskSweeperPane& pane, std::size_t depth) {
+  const std::vector<SweeperItem>& items = pane.columnChildren()[depth];
+  const auto selected =
+      std::ranges::find_if(items, [&](const SweeperItem& item) { return pane.isRowSelected(item, depth); });
+  if (selected == items.end()) return std::nullopt;
+  return static_cast<std::size_t>(selected - items.begin());
+}
+
+}  // namespace
+
+ColumnListModel::ColumnListModel(QObject* parent) : QAbstractListModel(parent) {}
+
+void ColumnListModel::update(const DiskSweeperPane& pane) {
+  const int countBefore = count();
+  const std::vector<FileUrl>& folders = pane.pathDirectories();
+  const std::size_t open = std::min(folders.size(), pane.columnChildren().size());
+  std::size_t kept = 0;
+  while (kept < std::min(open, columns_.size()) && columns_[kept].folder == folders[kept]) ++kept;
+  closeColumnsFrom(kept);
+  for (std::size_t depth = 0; depth < kept; ++depth) {
+    columns_[depth].rows->update(pane.columnChildren()[depth], selectedRow(pane, depth));
+  }
+  openColumnsUpTo(open, pane);
+  if (count() != countBefore) emit countChanged();
+}
+
+int ColumnListModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : count();
+}
+
+QVariant ColumnListModel::data(const QModelIndex& index, int role) const {
+  if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) return {};
+  const Column& column = columns_[static_cast<std::size_t>(index.row())];
+  switch (role) {
+    case RowsRole:
+      return QVariant::fromValue(column.rows);
+    case FolderNameRole:
+      return shownText(column.folder.lastPathComponent());
+    default:
+      return {};
+  }
+}
+
+QHash<int, QByteArray> ColumnListModel::roleNames() const {
+  return {{RowsRole, "rows"}, {FolderNameRole, "folderName"}};
+}
+
+void ColumnListModel::closeColumnsFrom(std::size_t depth) {
+  if (depth >= columns_.size()) return;
+  beginRemoveRows({}, static_cast<int>(depth), count() - 1);
+  // The views of these rows go later in this turn of the event loop, and the rows after them.
+  for (std::size_t column = depth; column < columns_.size(); ++column) columns_[column].rows->deleteLater();
+  columns_.resize(depth);
+  endRemoveRows();
+}
+
+void ColumnListModel::openColumnsUpTo(std::size_t open, const DiskSweeperPane& pane) {
+  if (open <= columns_.size()) return;
+  std::vector<Column> opened;
+  for (std::size_t depth = columns_.size(); depth < open; ++depth) {
+    opened.push_back({pane.pathDirectories()[depth], new RowListModel(this)});
+    opened.back().rows->update(pane.columnChildren()[depth], selectedRow(pane, depth));
+  }
+  beginInsertRows({}, count(), static_cast<int>(open) - 1);
+  columns_.insert(columns_.end(), opened.begin(), opened.end());
+  endInsertRows();
+}
+
+}  // namespace dunmere

@@ -1,0 +1,173 @@
+#include "sweeper/view/list_changes.h"
+
+#include <algorithm>
+#include <numeric>
+#include <unordered_map>
+
+namespace dunmere {
+namespace {
+
+constexpr std::size_t kNew = ListMatch::kNew;
+
+/// Prefix sums over slots that are occupied or free.
+class OccupiedSlots {
+ public:
+  explicit OccupiedSlots(std::size_t slots) : sums_(slots + 1, 0) {}
+
+  void add(std::size_t slot, std::ptrdiff_t amount) {
+    for (++slot; slot < sums_.size(); slot += slot & (~slot + 1)) sums_[slot] += amount;
+  }
+  std::size_t countBefore(std::size_t slot) const {
+    std::ptrdiff_t sum = 0;
+    for (; slot > 0; slot &= slot - 1) sum += sums_[slot];
+    return static_cast<std::size_t>(sum);
+  }
+
+ private:
+  std::vector<std::ptrdiff_t> sums_;
+};
+
+/// For each row of the new list whether it can stay where it is: the members of a longest run of rows whose order is
+/// the same in both lists (patience sorting).
+std::vector<bool> stayingRows(const std::vector<std::size_t>& oldIndex) {
+  std::vector<std::size_t> tails;  // per run length, the new row with the least old index that ends such a run
+  std::vector<std::size_t> previous(oldIndex.size(), kNew);
+  for (std::size_t row = 0; row < oldIndex.size(); ++row) {
+    if (oldIndex[row] == kNew) continue;
+    const auto place = std::lower_bound(tails.begin(), tails.end(), oldIndex[row],
+                                        [&](std::size_t tail, std::size_t index) { return oldIndex[tail] < index; });
+    if (place != tails.begin()) previous[row] = *(place - 1);
+    if (place == tails.end()) {
+      tails.push_back(row);
+    } else {
+      *place = row;
+    }
+  }
+  std::vector<bool> stays(oldIndex.size(), false);
+  for (std::size_t row = tails.empty() ? kNew : tails.back(); row != kNew; row = previous[row]) stays[row] = true;
+  return stays;
+}
+
+/// Adjoining rows of the old list that are gone, last run first.
+std::vector<ListChange> removals(const ListMatch& match) {
+  std::vector<bool> survives(match.oldCount, false);
+  for (const std::size_t index : match.oldIndex) {
+    if (index != kNew) survives[index] = true;
+  }
+  std::vector<ListChange> changes;
+  for (std::size_t end = match.oldCount; end > 0;) {
+    if (survives[end - 1]) {
+      --end;
+      continue;
+    }
+    std::size_t first = end - 1;
+    while (first > 0 && !survives[first - 1]) --first;
+    changes.push_back({ListChange::Kind::remove, first, end - first, 0});
+    end = first;
+  }
+  return changes;
+}
+
+/// Steps that moving and inserting will need.
+std::size_t countPlacements(const ListMatch& match, const std::vector<bool>& stays) {
+  std::size_t steps = 0;
+  for (std::size_t row = 0; row < match.oldIndex.size(); ++row) {
+    const bool isNew = match.oldIndex[row] == kNew;
+    const bool continuesRun = isNew && row > 0 && match.oldIndex[row - 1] == kNew;
+    if (isNew ? !continuesRun : !stays[row]) ++steps;
+  }
+  return steps;
+}
+
+/// The places that rows pass through while they are moved and inserted, in one line: before each staying row the places
+/// of the rows that come to stand there, in their new order, and after it the places that moving rows start from. So at
+/// every moment the list is the occupied places in order, and a position is a count.
+struct Places {
+  std::vector<std::size_t> ofNewRow;  ///< where a row of the new list ends
+  std::vector<std::size_t> ofOldRow;  ///< where a row of the old list starts
+  std::size_t count = 0;
+};
+
+Places layOutPlaces(const ListMatch& match, const std::vector<bool>& stays) {
+  std::vector<bool> oldStays(match.oldCount, false);
+  std::vector<bool> oldSurvives(match.oldCount, false);
+  for (std::size_t row = 0; row < stays.size(); ++row) {
+    if (match.oldIndex[row] == kNew) continue;
+    oldSurvives[match.oldIndex[row]] = true;
+    oldStays[match.oldIndex[row]] = stays[row];
+  }
+  Places places{std::vector<std::size_t>(stays.size()), std::vector<std::size_t>(match.oldCount, kNew), 0};
+  std::size_t newRow = 0;
+  std::size_t oldRow = 0;
+  while (newRow < stays.size() || oldRow < match.oldCount) {
+    while (newRow < stays.size() && !stays[newRow]) places.ofNewRow[newRow++] = places.count++;
+    for (; oldRow < match.oldCount && !oldStays[oldRow]; ++oldRow) {
+      if (oldSurvives[oldRow]) places.ofOldRow[oldRow] = places.count++;
+    }
+    if (newRow < stays.size()) {
+      places.ofOldRow[oldRow++] = places.count;
+      places.ofNewRow[newRow++] = places.count++;
+    }
+  }
+  return places;
+}
+
+/// Appends the moves and insertions: every row goes to its place behind the row before it, front to back.
+void placeRows(const ListMatch& match, const std::vector<bool>& stays, std::vector<ListChange>& changes) {
+  const Places places = layOutPlaces(match, stays);
+  OccupiedSlots occupied(places.count);
+  for (const std::size_t place : places.ofOldRow) {
+    if (place != kNew) occupied.add(place, 1);
+  }
+  for (std::size_t row = 0; row < stays.size(); ++row) {
+    if (stays[row]) continue;
+    const std::size_t place = places.ofNewRow[row];
+    const std::size_t oldIndex = match.oldIndex[row];
+    if (oldIndex != kNew) {
+      const std::size_t from = occupied.countBefore(places.ofOldRow[oldIndex]);
+      occupied.add(places.ofOldRow[oldIndex], -1);
+      const std::size_t target = occupied.countBefore(place);
+      if (from != target) changes.push_back({ListChange::Kind::move, from, 1, target});
+    } else if (row > 0 && match.oldIndex[row - 1] == kNew) {
+      ++changes.back().count;
+    } else {
+      changes.push_back({ListChange::Kind::insert, occupied.countBefore(place), 1, row});
+    }
+    occupied.add(place, 1);
+  }
+}
+
+}  // namespace
+
+ListMatch matchLists(const std::vector<std::string_view>& oldKeys, const std::vector<std::string_view>& newKeys) {
+  ListMatch match{oldKeys.size(), std::vector<std::size_t>(newKeys.size(), kNew)};
+  const std::size_t shorter = std::min(oldKeys.size(), newKeys.size());
+  std::size_t front = 0;
+  while (front < shorter && oldKeys[front] == newKeys[front]) ++front;
+  std::size_t back = 0;
+  while (back < shorter - front && oldKeys[oldKeys.size() - 1 - back] == newKeys[newKeys.size() - 1 - back]) ++back;
+
+  std::unordered_map<std::string_view, std::size_t> unmatched;
+  unmatched.reserve(oldKeys.size() - front - back);
+  for (std::size_t index = front; index < oldKeys.size() - back; ++index) unmatched.emplace(oldKeys[index], index);
+  std::iota(match.oldIndex.begin(), match.oldIndex.begin() + static_cast<std::ptrdiff_t>(front), std::size_t{0});
+  for (std::size_t row = front; row < newKeys.size() - back; ++row) {
+    const auto found = unmatched.find(newKeys[row]);
+    if (found == unmatched.end()) continue;
+    match.oldIndex[row] = found->second;
+    unmatched.erase(found);
+  }
+  std::iota(match.oldIndex.end() - static_cast<std::ptrdiff_t>(back), match.oldIndex.end(), oldKeys.size() - back);
+  return match;
+}
+
+std::optional<std::vector<ListChange>> listChanges(const ListMatch& match, std::size_t atMost) {
+  std::vector<ListChange> changes = removals(match);
+  const std::vector<bool> stays = stayingRows(match.oldIndex);
+  const std::size_t placements = countPlacements(match, stays);
+  if (changes.size() + placements > atMost) return std::nullopt;
+  if (placements > 0) placeRows(match, stays, changes);
+  return changes;
+}
+
+}  // namespace dunmere

@@ -1,0 +1,123 @@
+#include "sweeper/view/sweeper_view_model.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "engine/sweeper_item.h"
+#include "engine/sweeper_volume.h"
+#include "sweeper/view/shown_text.h"
+
+namespace dunmere {
+namespace {
+
+template <typename Element>
+const Element* elementAt(const std::vector<Element>& list, int index) {
+  if (index < 0 || static_cast<std::size_t>(index) >= list.size()) return nullptr;
+  return &list[static_cast<std::size_t>(index)];
+}
+
+}  // namespace
+
+SweeperViewModel::SweeperViewModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread,
+                                   BoolBinding pendingGoToDrives, QObject* parent)
+    : QObject(parent), pane_(fileSystem, desktop, mainThread, std::move(pendingGoToDrives)) {
+  pane_.setListener([this] { paneChanged(); });
+  shown_ = readPane();
+}
+
+SweeperViewModel::~SweeperViewModel() = default;
+
+void SweeperViewModel::appear() {
+  pane_.appear();
+}
+
+void SweeperViewModel::pendingGoToDrivesChanged() {
+  pane_.pendingGoToDrivesChanged();
+}
+
+void SweeperViewModel::selectVolume(int row) {
+  if (row == -1) {
+    pane_.selectVolume(std::nullopt);
+  } else if (const SweeperVolume* volume = elementAt(pane_.volumes(), row)) {
+    pane_.selectVolume(volume->id());
+  }
+}
+
+void SweeperViewModel::startSweepSelectedVolume() {
+  pane_.startSweepSelectedVolume();
+}
+
+// The chooser is modal and runs the event loop: this object may be gone when it returns.
+void SweeperViewModel::openFolderSweep() {
+  pane_.openFolderSweep();
+}
+
+void SweeperViewModel::selectRow(int column, int row) {
+  const std::vector<SweeperItem>* items = elementAt(pane_.columnChildren(), column);
+  const SweeperItem* item = items ? elementAt(*items, row) : nullptr;
+  if (item) pane_.selectItem(*item, static_cast<std::size_t>(column));
+}
+
+void SweeperViewModel::requestTrash() {
+  pane_.requestTrash();
+}
+
+void SweeperViewModel::dismissTrash() {
+  pane_.dismissTrash();
+}
+
+void SweeperViewModel::confirmedTrash() {
+  pane_.confirmedTrash();
+}
+
+void SweeperViewModel::reveal() {
+  pane_.reveal();
+}
+
+SweeperViewModel::Shown SweeperViewModel::readPane() const {
+  return {.browsing = pane_.phase() == Phase::browsing,
+          .loadErrorText = shownText(pane_.loadError().value_or(std::string())),
+          .selectedVolume = selectedVolumeRow(),
+          .canSweepSelected = pane_.selectedVolumeID().has_value(),
+          .showsStatusStrip = pane_.showsStatusStrip(),
+          .statusStripText = shownText(pane_.statusStripText()),
+          .footerStatus = shownText(pane_.footerStatus()),
+          .canTrash = pane_.canTrashSelection(),
+          .canReveal = pane_.revealURL() != nullptr,
+          .trashConfirmTitle = shownText(pane_.trashConfirmTitle()),
+          .confirmTrash = pane_.confirmTrash()};
+}
+
+int SweeperViewModel::selectedVolumeRow() const {
+  const std::vector<SweeperVolume>& volumes = pane_.volumes();
+  const auto selected = std::ranges::find_if(
+      volumes, [&](const SweeperVolume& volume) { return volume.id() == pane_.selectedVolumeID(); });
+  return selected == volumes.end() ? -1 : static_cast<int>(selected - volumes.begin());
+}
+
+void SweeperViewModel::paneChanged() {
+  const Shown before = std::exchange(shown_, readPane());
+  volumes_.update(pane_.volumes());
+  columns_.update(pane_);
+  tellChangesSince(before);
+}
+
+void SweeperViewModel::tellChangesSince(const Shown& before) {
+  if (before.browsing != shown_.browsing) emit browsingChanged();
+  if (before.loadErrorText != shown_.loadErrorText) emit loadErrorTextChanged();
+  if (before.selectedVolume != shown_.selectedVolume) emit selectedVolumeChanged();
+  if (before.canSweepSelected != shown_.canSweepSelected) emit canSweepSelectedChanged();
+  if (before.showsStatusStrip != shown_.showsStatusStrip) emit showsStatusStripChanged();
+  if (before.statusStripText != shown_.statusStripText) emit statusStripTextChanged();
+  if (before.footerStatus != shown_.footerStatus) emit footerStatusChanged();
+  if (before.canTrash != shown_.canTrash) emit canTrashChanged();
+  if (before.canReveal != shown_.canReveal) emit canRevealChanged();
+  if (before.trashConfirmTitle != shown_.trashConfirmTitle) emit trashConfirmTitleChanged();
+  if (before.confirmTrash != shown_.confirmTrash) emit confirmTrashChanged();
+}
+
+}  // namespace dunmere

@@ -1,0 +1,44 @@
+// VolumeListModel: the drives of the picker.
+#pragma once
+
+#include <QtQml/qqmlregistration.h>
+
+#include <QAbstractListModel>
+#include <cstddef>
+#include <vector>
+
+#include "engine/sweeper_volume.h"
+#include "sweeper/view/list_changes.h"
+
+namespace dunmere {
+
+/// A row is the same row as long as its volume's id is: a fresh list of the volumes changes only what differs. Main
+/// thread.
+class VolumeListModel : public QAbstractListModel {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_UNCREATABLE("Volumes come from a SweeperViewModel.")
+  Q_PROPERTY(int count READ count NOTIFY countChanged FINAL)
+
+ public:
+  enum Role { NameRole = Qt::UserRole + 1, DetailTextRole };
+
+  explicit VolumeListModel(QObject* parent = nullptr);
+
+  void update(const std::vector<SweeperVolume>& volumes);
+
+  int count() const { return static_cast<int>(volumes_.size()); }
+  int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QHash<int, QByteArray> roleNames() const override;
+
+ signals:
+  void countChanged();
+
+ private:
+  void apply(const ListChange& step, const std::vector<SweeperVolume>& volumes);
+
+  std::vector<SweeperVolume> volumes_;
+};
+
+}  // namespace dunmere
