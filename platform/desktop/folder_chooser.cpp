@@ -1,0 +1,51 @@
+#include "platform/desktop/folder_chooser.h"
+
+#include <sys/stat.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QSettings>
+#include <QString>
+#include <QWindow>
+
+namespace dunmere {
+
+namespace {
+
+/// QFileDialog stores its layout and history when it closes. This program keeps nothing, so its settings lead nowhere.
+void keepNoSettings() {
+  QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
+}
+
+/// Puts the dialog above the window that the user is working in, which is no widget.
+void placeAboveActiveWindow(QFileDialog& dialog) {
+  QWindow* const active = QGuiApplication::focusWindow();
+  if (active == nullptr) return;
+  dialog.winId();  // makes the window handle
+  dialog.windowHandle()->setTransientParent(active);
+}
+
+std::optional<FileUrl> folderAt(const QString& text) {
+  if (text.contains(QChar::ReplacementCharacter)) return std::nullopt;
+  const std::string bytes = QFile::encodeName(text).toStdString();
+  struct stat status {};
+  if (stat(bytes.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return std::nullopt;
+  return FileUrl(bytes);
+}
+
+}  // namespace
+
+std::optional<FileUrl> FolderChooser::choose(const std::string& message) const {
+  keepNoSettings();
+  QFileDialog dialog(nullptr, QString::fromStdString(message), QDir::homePath());
+  dialog.setAcceptMode(QFileDialog::AcceptOpen);
+  dialog.setFileMode(QFileDialog::Directory);
+  dialog.setOption(QFileDialog::ShowDirsOnly);
+  placeAboveActiveWindow(dialog);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  return folderAt(dialog.selectedFiles().constFirst());
+}
+
+}  // namespace dunmere

@@ -1,0 +1,26 @@
+#include "platform/desktop/qt_desktop.h"
+
+#include <QDBusConnection>
+
+#include "platform/desktop/file_manager.h"
+
+namespace dunmere {
+
+QtDesktop::QtDesktop(FileSystem& fileSystem, UrlOpener& urlOpener)
+    : fileManager_(std::make_unique<FileManager>(QDBusConnection::sessionBus(), urlOpener)), trash_(fileSystem) {}
+
+QtDesktop::~QtDesktop() = default;
+
+std::optional<FileUrl> QtDesktop::chooseFolder(const std::string& message) {
+  return folderChooser_.choose(message);
+}
+
+void QtDesktop::reveal(const FileUrl& url) {
+  fileManager_->reveal(url);
+}
+
+std::expected<void, SweepError> QtDesktop::moveToTrash(const FileUrl& url) {
+  return trash_.moveItem(url);
+}
+
+}  // namespace dunmere

@@ -1,0 +1,30 @@
+#include "platform/desktop/qt_main_thread.h"
+
+#include <QMetaObject>
+#include <QObject>
+#include <utility>
+
+namespace dunmere {
+
+QtMainThread::QtMainThread() : receiver_(std::make_unique<QObject>()) {}
+
+QtMainThread::~QtMainThread() {
+  closeForQuit();
+}
+
+void QtMainThread::post(std::function<void()> work) {
+  const std::lock_guard lock(mutex_);
+  if (!receiver_) return;
+  QMetaObject::invokeMethod(receiver_.get(), std::move(work), Qt::QueuedConnection);
+}
+
+void QtMainThread::closeForQuit() {
+  std::unique_ptr<QObject> receiver;
+  {
+    const std::lock_guard lock(mutex_);
+    receiver.swap(receiver_);
+  }
+  // Goes here with its queued work, without the lock: what that work holds may post once more as it is destroyed.
+}
+
+}  // namespace dunmere
