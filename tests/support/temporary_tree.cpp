@@ -70,8 +70,15 @@ void removeContents(int folder) {
 
 }  // namespace
 
-TemporaryTree::TemporaryTree() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "dunmere-test-XXXXXX").string();
+std::string fastFolder() {
+  const std::string inMemory = "/dev/shm";
+  return ::access(inMemory.c_str(), W_OK | X_OK) == 0 ? inMemory : std::filesystem::temp_directory_path().string();
+}
+
+TemporaryTree::TemporaryTree() : TemporaryTree(std::filesystem::temp_directory_path().string()) {}
+
+TemporaryTree::TemporaryTree(const std::string& parent) {
+  std::string pattern = parent + "/dunmere-test-XXXXXX";
   check(::mkdtemp(pattern.data()) != nullptr, pattern);
   // The system's temporary folder may be reached through links; tests compare real paths.
   root_ = std::filesystem::canonical(pattern).string();

@@ -11,11 +11,18 @@
 
 namespace dunmere::test {
 
+/// A folder in memory where the system has one, else the one for temporary files: for trees of ten thousands of
+/// folders, which a disk makes and removes slowly.
+std::string fastFolder();
+
 /// Makes an empty folder that anybody may enter, and removes it with all below it at the end, however deep. Paths are
 /// relative to it; parents must exist unless said otherwise. Every function throws std::system_error when it fails.
 class TemporaryTree {
  public:
+  /// In the system's folder for temporary files.
   TemporaryTree();
+  /// In `parent`.
+  explicit TemporaryTree(const std::string& parent);
   ~TemporaryTree();
   TemporaryTree(const TemporaryTree&) = delete;
   TemporaryTree& operator=(const TemporaryTree&) = delete;
