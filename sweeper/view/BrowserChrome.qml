@@ -47,21 +47,20 @@ Item {
 
     objectName: "browserChrome"
 
-    Loader {
+    Column {
         id: strip
-        objectName: "statusStripLoader"
+        objectName: "statusStripArea"
         width: parent.width
-        active: root.viewModel.showsStatusStrip
-        visible: active
-        sourceComponent: Column {
-            StatusStrip {
-                width: strip.width
-                status: root.viewModel.statusStripText
-            }
-            Divider {
-                objectName: "statusDivider"
-                width: strip.width
-            }
+        height: visible ? implicitHeight : 0
+        visible: root.viewModel.showsStatusStrip
+
+        StatusStrip {
+            width: strip.width
+            status: root.viewModel.statusStripText
+        }
+        Divider {
+            objectName: "statusDivider"
+            width: strip.width
         }
     }
 

@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import Dunmere.Sweeper
 import Dunmere.Theme
@@ -15,19 +13,15 @@ Rectangle {
 
     Component.onCompleted: viewModel.appear()
 
-    Loader {
+    VolumePicker {
         anchors.fill: parent
-        active: !root.viewModel.browsing
-        sourceComponent: VolumePicker {
-            viewModel: root.viewModel
-        }
+        visible: !root.viewModel.browsing
+        viewModel: root.viewModel
     }
-    Loader {
+    BrowserChrome {
         anchors.fill: parent
-        active: root.viewModel.browsing
-        sourceComponent: BrowserChrome {
-            viewModel: root.viewModel
-        }
+        visible: root.viewModel.browsing
+        viewModel: root.viewModel
     }
 
     TrashConfirmation {
