@@ -1,0 +1,70 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Templates as T
+import Dunmere.Shell
+import Dunmere.Sweeper
+import Dunmere.Theme
+
+// What the window shows: the sidebar, and beside it one pane. The sweeper's pane is what there is without a selection.
+Rectangle {
+    id: root
+
+    required property ContentModel content
+
+    readonly property int minimumContentWidth: 960
+    readonly property int minimumContentHeight: 560
+
+    objectName: "contentView"
+    color: AppTheme.canvas
+
+    T.SplitView {
+        id: split
+        objectName: "split"
+        anchors.fill: parent
+
+        handle: Divider {
+            objectName: "splitHandle"
+            // One point is hard to hit: the pointer may be a few beside it.
+            containmentMask: Item {
+                x: -3
+                width: 7
+                height: split.height
+            }
+        }
+
+        Sidebar {
+            T.SplitView.minimumWidth: 200
+            T.SplitView.preferredWidth: 220
+            T.SplitView.maximumWidth: 260
+            freeSpaceSelected: root.content.freeSpaceSelected
+            settingsSelected: root.content.settingsSelected
+            onFreeSpaceChosen: root.content.selectFreeSpace()
+            onSettingsChosen: root.content.selectSettings()
+            onDrivesChosen: root.content.goToDrives()
+        }
+
+        Item {
+            id: detail
+            objectName: "detail"
+            T.SplitView.fillWidth: true
+
+            Loader {
+                objectName: "sweeperLoader"
+                anchors.fill: parent
+                active: !root.content.settingsSelected
+                sourceComponent: DiskSweeperPaneView {
+                    viewModel: root.content.pane
+                }
+            }
+            Loader {
+                objectName: "settingsLoader"
+                anchors.fill: parent
+                active: root.content.settingsSelected
+                sourceComponent: SettingsPane {
+                    onFullDiskAccessRequested: root.content.openFullDiskAccess()
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,65 @@
+#include "shell/content_model.h"
+
+#include "shell/system_settings_links.h"
+
+namespace dunmere {
+
+ContentModel::ContentModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, UrlOpener& urlOpener,
+                           QObject* parent)
+    : QObject(parent), fileSystem_(fileSystem), desktop_(desktop), mainThread_(mainThread), urlOpener_(urlOpener) {
+  makePane();
+}
+
+// At the end there may be no event loop any more to delete the pane later.
+ContentModel::~ContentModel() {
+  delete pane_.release();
+}
+
+void ContentModel::setSelection(std::optional<SidebarItem> selection) {
+  if (selection_ == selection) return;
+  const bool shownBefore = !settingsSelected();
+  selection_ = selection;
+  const bool shownNow = !settingsSelected();
+  // A view of the pane appears after the pane and is gone before it.
+  if (shownNow && !shownBefore) makePane();
+  emit selectionChanged();
+  if (shownBefore && !shownNow) dropPane();
+}
+
+void ContentModel::selectFreeSpace() {
+  setSelection(SidebarItem::freeSpace);
+}
+
+void ContentModel::selectSettings() {
+  setSelection(SidebarItem::settings);
+}
+
+void ContentModel::goToDrives() {
+  setSelection(SidebarItem::freeSpace);
+  setPendingGoToDrives(true);
+}
+
+void ContentModel::openFullDiskAccess() {
+  SystemSettingsLinks::openFullDiskAccess(urlOpener_);
+}
+
+void ContentModel::makePane() {
+  pane_.reset(new SweeperViewModel(
+      fileSystem_, desktop_, mainThread_,
+      {.get = [this] { return pendingGoToDrives_; }, .set = [this](bool pending) { setPendingGoToDrives(pending); }}));
+  emit paneChanged();
+}
+
+void ContentModel::dropPane() {
+  pane_.reset();
+  emit paneChanged();
+}
+
+void ContentModel::setPendingGoToDrives(bool pending) {
+  if (pendingGoToDrives_ == pending) return;
+  pendingGoToDrives_ = pending;
+  emit pendingGoToDrivesChanged();
+  if (pane_) pane_->pendingGoToDrivesChanged();
+}
+
+}  // namespace dunmere

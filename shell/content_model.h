@@ -1,0 +1,77 @@
+// ContentModel: which pane the window shows, and the sidebar's request to go back to the drives.
+#pragma once
+
+#include <QtQml/qqmlregistration.h>
+
+#include <QObject>
+#include <memory>
+#include <optional>
+
+#include "engine/file_system.h"
+#include "platform/desktop/url_opener.h"
+#include "sweeper/desktop.h"
+#include "sweeper/main_thread.h"
+#include "sweeper/view/sweeper_view_model.h"
+
+namespace dunmere {
+
+/// The entries of the sidebar, from top to bottom.
+enum class SidebarItem { freeSpace, settings };
+
+/// Keeps no state of a sweep: that lives in the pane, which exists only while it is shown. Main thread. The
+/// collaborators must outlive every scan.
+class ContentModel : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_UNCREATABLE("Made by the application, with its collaborators.")
+  Q_PROPERTY(bool freeSpaceSelected READ freeSpaceSelected NOTIFY selectionChanged FINAL)
+  Q_PROPERTY(bool settingsSelected READ settingsSelected NOTIFY selectionChanged FINAL)
+  Q_PROPERTY(dunmere::SweeperViewModel* pane READ pane NOTIFY paneChanged FINAL)
+
+ public:
+  ContentModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, UrlOpener& urlOpener,
+               QObject* parent = nullptr);
+  ~ContentModel() override;
+
+  /// None shows the sweeper, like freeSpace.
+  std::optional<SidebarItem> selection() const { return selection_; }
+  void setSelection(std::optional<SidebarItem> selection);
+  bool freeSpaceSelected() const { return selection_ == SidebarItem::freeSpace; }
+  bool settingsSelected() const { return selection_ == SidebarItem::settings; }
+
+  /// Raised here, lowered by the pane alone.
+  bool pendingGoToDrives() const { return pendingGoToDrives_; }
+
+  /// The shown sweeper pane, fresh each time the sweeper comes on screen; null while the settings are shown.
+  SweeperViewModel* pane() const { return pane_.get(); }
+
+  Q_INVOKABLE void selectFreeSpace();
+  Q_INVOKABLE void selectSettings();
+  Q_INVOKABLE void goToDrives();
+  Q_INVOKABLE void openFullDiskAccess();
+
+ signals:
+  void selectionChanged();
+  void pendingGoToDrivesChanged();
+  void paneChanged();
+
+ private:
+  /// A view that is still on its way out may hold the pane until the event loop turns again.
+  struct DeleteLater {
+    void operator()(QObject* object) const { object->deleteLater(); }
+  };
+
+  void makePane();
+  void dropPane();
+  void setPendingGoToDrives(bool pending);
+
+  FileSystem& fileSystem_;
+  Desktop& desktop_;
+  MainThread& mainThread_;
+  UrlOpener& urlOpener_;
+  std::optional<SidebarItem> selection_ = SidebarItem::freeSpace;
+  bool pendingGoToDrives_ = false;
+  std::unique_ptr<SweeperViewModel, DeleteLater> pane_;
+};
+
+}  // namespace dunmere

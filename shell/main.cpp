@@ -1,0 +1,55 @@
+// Dunmere's entry: makes what the window needs, shows it, and leaves.
+#include <QApplication>
+#include <QIcon>
+#include <QQmlApplicationEngine>
+#include <QVariant>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "platform/desktop/qt_desktop.h"
+#include "platform/desktop/qt_main_thread.h"
+#include "platform/desktop/qt_url_opener.h"
+#include "platform/platform_file_system.h"
+#include "shell/content_model.h"
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+void describeApplication() {
+  QApplication::setApplicationName(u"dunmere"_s);
+  QApplication::setApplicationDisplayName(u"Dunmere"_s);
+  QApplication::setApplicationVersion(QStringLiteral(DUNMERE_VERSION));
+  QGuiApplication::setDesktopFileName(u"dunmere"_s);
+  QApplication::setWindowIcon(QIcon::fromTheme(u"dunmere"_s, QIcon(u":/dunmere/dunmere.svg"_s)));
+}
+
+/// Shows the window until it is closed; by then the views and the sweep are gone, and scans wait for nobody.
+int runWindow(dunmere::FileSystem& fileSystem, dunmere::Desktop& desktop, dunmere::QtMainThread& mainThread,
+              dunmere::UrlOpener& urlOpener) {
+  dunmere::ContentModel content(fileSystem, desktop, mainThread, urlOpener);
+  QQmlApplicationEngine engine;  // after the model: its views go first
+  engine.addImportPath(u"qrc:/qt/qml"_s);
+  engine.setInitialProperties({{u"content"_s, QVariant::fromValue(&content)}});
+  engine.load(QUrl(u"qrc:/qt/qml/Dunmere/Shell/MainWindow.qml"_s));
+  if (engine.rootObjects().isEmpty()) return EXIT_FAILURE;
+  const int code = QApplication::exec();
+  mainThread.closeForQuit();
+  return code;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  const QApplication application(argc, argv);
+  describeApplication();
+  const std::unique_ptr<dunmere::FileSystem> fileSystem = dunmere::makePlatformFileSystem();
+  dunmere::QtUrlOpener urlOpener;
+  dunmere::QtDesktop desktop(*fileSystem, urlOpener);
+  dunmere::QtMainThread mainThread;
+  const int code = runWindow(*fileSystem, desktop, mainThread, urlOpener);
+  // Scans are never cancelled: they may still be reading. Nothing that they use is destroyed under them.
+  std::fflush(nullptr);
+  std::_Exit(code);
+}
