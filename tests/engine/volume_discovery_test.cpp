@@ -184,7 +184,7 @@ TEST_F(VolumeDiscovery, ANameOfAnyBytesIsKept) {
 
 TEST_F(VolumeDiscovery, SystemPathsAreDroppedWithoutBeingMeasured) {
   for (const char* path : {"/System/Volumes/Data", "/System/Volumes/x/y", "/private/var/vm", "/private/var/vm/",
-                           "/Library/Developer/CoreSimulator/Volumes/x", "/Users/a/Library/Developer/CoreSimulator",
+                           "/Library/Developer/CoreSimulator/Volumes/x", "/Users/a/Library/Developer/CoreSimulator/x",
                            "/media/iOS Simulator", "/media/SIMULATORs"}) {
     EXPECT_FALSE(isListed(path, "Data")) << path;
     EXPECT_FALSE(wasMeasured(FileUrl(path).path())) << path;

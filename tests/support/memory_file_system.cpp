@@ -120,7 +120,9 @@ void MemoryFileSystem::addFile(const std::string& path, const EntryAttributes& a
 
 void MemoryFileSystem::addLink(const std::string& path, const std::string& target) {
   const std::lock_guard lock(mutex_);
-  tree_.add(path, EntryKind::symbolicLink).linkTarget = target;
+  MemoryNode& node = tree_.add(path, EntryKind::symbolicLink);
+  node.linkTarget = target;
+  node.attributes.logicalBytes = static_cast<std::int64_t>(target.size());
 }
 
 void MemoryFileSystem::addOther(const std::string& path) {

@@ -31,10 +31,11 @@ class MemoryFileSystem : public FileSystem {
   void addFolder(const std::string& path);
   void addFile(const std::string& path, std::int64_t allocatedBytes);
   void addFile(const std::string& path, const EntryAttributes& attributes);  ///< kind is set to regularFile
-  void addLink(const std::string& path, const std::string& target);          ///< absolute or relative target
-  void addOther(const std::string& path);                                    ///< a FIFO, socket or device
-  void markPackage(const std::string& path);                                 ///< EntryAttributes::isPackage of a folder
-  void makeUnreadable(const std::string& path);                              ///< opening this folder fails with EACCES
+  /// `target` is absolute or relative. As on a system, the link's own length is that of its target's path.
+  void addLink(const std::string& path, const std::string& target);
+  void addOther(const std::string& path);        ///< a FIFO, socket or device
+  void markPackage(const std::string& path);     ///< EntryAttributes::isPackage of a folder
+  void makeUnreadable(const std::string& path);  ///< opening this folder fails with EACCES
   void makeReadable(const std::string& path);
   void failReadingAfter(const std::string& path,
                         std::size_t entries);    ///< reading fails with EIO after so many entries

@@ -64,7 +64,7 @@ TEST_F(MemoryFileSystemTest, DetailDecidesWhatEntriesTell) {
   using Entries = std::vector<std::pair<std::string, EntryAttributes>>;
   EXPECT_EQ(entriesOf(*open("/d", EntryDetail::sizes)),
             (Entries{{"file", {EntryKind::regularFile, false, 10, kAbsent}},
-                     {"link", {EntryKind::symbolicLink, false, kAbsent, kAbsent}}}));
+                     {"link", {EntryKind::symbolicLink, false, kAbsent, 4}}}));
   EXPECT_EQ(entriesOf(*open("/d", EntryDetail::kinds)),
             (Entries{{"file", {EntryKind::regularFile, false, kAbsent, kAbsent}},
                      {"link", {EntryKind::symbolicLink, false, kAbsent, kAbsent}},
