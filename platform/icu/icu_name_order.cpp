@@ -1,11 +1,10 @@
 #include "platform/icu/icu_name_order.h"
 
-#include <langinfo.h>
-#include <locale.h>
 #include <unicode/ucol.h>
 #include <unicode/uloc.h>
 #include <unicode/ustring.h>
 
+#include <cstdlib>
 #include <stdexcept>
 
 namespace dunmere {
@@ -58,6 +57,10 @@ void IcuNameOrder::Close::operator()(UCollator* collator) const {
 IcuNameOrder::IcuNameOrder(const std::string& locale) {
   UErrorCode code = U_ZERO_ERROR;
   collator_.reset(ucol_open(icuLocale(locale).c_str(), &code));
+  if (U_FAILURE(code)) {  // a setting that names no locale is no reason to have no order
+    code = U_ZERO_ERROR;
+    collator_.reset(ucol_open("", &code));
+  }
   if (U_FAILURE(code)) fail("No collation data", code);
   ucol_setStrength(collator_.get(), UCOL_SECONDARY);
   // A locale may have settings of its own; the order of names has these in every locale.
@@ -69,12 +72,13 @@ IcuNameOrder::IcuNameOrder(const std::string& locale) {
 }
 
 std::string IcuNameOrder::userLocale() {
-  // The C library knows the user's choice if that locale is installed; if not, ICU may still know its order.
-  const locale_t chosen = ::newlocale(LC_COLLATE_MASK, "", nullptr);
-  if (chosen == nullptr) return uloc_getDefault();
-  const std::string name = ::nl_langinfo_l(_NL_LOCALE_NAME(LC_COLLATE), chosen);
-  ::freelocale(chosen);
-  return name;
+  // The order in which the C library looks, whose own answer is "C" for a locale that is not installed. ICU has the
+  // data of every locale, but its own default follows the language of messages.
+  for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {
+    const char* locale = std::getenv(variable);
+    if (locale != nullptr && *locale != '\0') return locale;
+  }
+  return "C";
 }
 
 std::string IcuNameOrder::sortKey(std::string_view name) const {

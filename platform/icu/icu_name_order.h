@@ -13,8 +13,8 @@ namespace dunmere {
 /// come before digits, digits before letters; digits are compared one by one. Thread-safe.
 class IcuNameOrder {
  public:
-  /// `locale` as the system names it ("sv_SE.UTF-8") or as ICU does; one without an order of its own, "C" and an empty
-  /// name have ICU's root order. Throws std::runtime_error when ICU has no data at all.
+  /// `locale` as the system names it ("sv_SE.UTF-8") or as ICU does; one without an order of its own, "C", nonsense and
+  /// an empty name have ICU's root order. Throws std::runtime_error when ICU has no data at all.
   explicit IcuNameOrder(const std::string& locale);
 
   /// The name of the locale by which the user wants texts sorted.

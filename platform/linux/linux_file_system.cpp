@@ -1,6 +1,6 @@
 #include "platform/linux/linux_file_system.h"
 
-#include <cerrno>
+#include <chrono>
 #include <ctime>
 #include <utility>
 
@@ -20,6 +20,19 @@ SweepError failure(const FileUrl& url, int error) {
           .path = url,
           .code = std::error_code(error, std::generic_category()),
           .volumeName = {}};
+}
+
+/// What stands for the root folder where the table does not list its mount, as in a changed root.
+MountEntry unlistedRoot() {
+  MountEntry root;
+  root.mountPoint = "/";
+  root.root = "/";
+  return root;
+}
+
+MountEntry mountOf(const std::vector<MountEntry>& mounts, const std::string& path) {
+  const MountEntry* mount = mountHolding(mounts, path);
+  return mount == nullptr ? unlistedRoot() : *mount;
 }
 
 std::string displayName(const MountEntry& mount, const std::optional<std::string>& label) {
@@ -45,6 +58,7 @@ std::optional<std::vector<FileUrl>> LinuxFileSystem::mountedVolumes() {
   const auto mounts = readMountTable();
   if (!mounts) return std::nullopt;
   std::vector<FileUrl> volumes;
+  if (mountHolding(*mounts, "/") == nullptr) volumes.emplace_back("/");
   for (const MountEntry& mount : *mounts) {
     if (isOfferedMount(mount)) volumes.emplace_back(mount.mountPoint);
   }
@@ -55,17 +69,16 @@ std::expected<VolumeValues, SweepError> LinuxFileSystem::volumeValues(const File
   const auto mounts = readMountTable();
   if (!mounts) return std::unexpected(failure(url, mounts.error()));
   const std::string path = url.key();
-  const MountEntry* mount = mountHolding(*mounts, path);
-  if (mount == nullptr) return std::unexpected(failure(url, ENOENT));
-  const bool isOffered = isOfferedMount(*mount);
-  if (!isOffered && mount->mountPoint == path) {
+  const MountEntry mount = mountOf(*mounts, path);
+  const bool isOffered = isOfferedMount(mount);
+  if (!isOffered && mount.mountPoint == path) {
     VolumeValues values;
     values.isBrowsable = false;
     return values;
   }
-  const auto reading = meter_.measure(mount->mountPoint, path, mount->source);
+  const auto reading = meter_.measure(mount.mountPoint, path, mount.source);
   if (!reading) return std::unexpected(failure(url, reading.error()));
-  return VolumeValues{.name = displayName(*mount, reading->label),
+  return VolumeValues{.name = displayName(mount, reading->label),
                       .totalBytes = reading->totalBytes,
                       .availableBytes = reading->availableBytes,
                       .availableForImportantUsageBytes = std::nullopt,

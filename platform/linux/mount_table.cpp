@@ -50,12 +50,18 @@ bool isOverlaid(const std::vector<MountEntry>& mounts, const MountEntry& mount) 
   });
 }
 
-/// Whether the way from the mount that holds `mount` is barred by a later one at the same folder or above it.
+/// Whether another mount on the same parent bars the way to `mount`: one at a folder above it (mounted later, or it
+/// would be the parent), or a later one at the same folder (the result of propagation).
 bool isBarred(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
-  const auto position = std::ranges::find(mounts, mount.id, &MountEntry::id);
-  return std::any_of(std::next(position), mounts.end(), [&mount](const MountEntry& later) {
-    return later.parentId == mount.parentId && isAtOrBelow(mount.mountPoint, later.mountPoint);
-  });
+  bool isLater = false;
+  for (const MountEntry& other : mounts) {
+    if (other.id == mount.id) {
+      isLater = true;
+    } else if (other.parentId == mount.parentId && isAtOrBelow(mount.mountPoint, other.mountPoint)) {
+      if (isLater || other.mountPoint != mount.mountPoint) return true;
+    }
+  }
+  return false;
 }
 
 bool isReachable(const std::vector<MountEntry>& mounts, const MountEntry& mount) {

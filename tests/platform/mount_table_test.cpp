@@ -1,0 +1,172 @@
+// Recorded mount tables: which mounts can be reached, and which are drives to people.
+#include "platform/linux/mount_table.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include "platform/linux/mount_choice.h"
+
+namespace dunmere::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+std::vector<MountEntry> recorded(const std::string& name) {
+  return readMountTable(DUNMERE_PLATFORM_FIXTURES "/" + name + ".mountinfo").value();
+}
+
+std::vector<std::string> offered(const std::string& name) {
+  std::vector<std::string> mountPoints;
+  for (const MountEntry& mount : recorded(name)) {
+    if (isOfferedMount(mount)) mountPoints.push_back(mount.mountPoint);
+  }
+  return mountPoints;
+}
+
+std::vector<std::string> reachable(const std::string& name) {
+  std::vector<std::string> devices;
+  for (const MountEntry& mount : recorded(name)) devices.push_back(mount.source);
+  return devices;
+}
+
+MountEntry disk(const std::string& mountPoint, const std::string& fileSystem = "ext4") {
+  return {.id = 2,
+          .parentId = 1,
+          .mountPoint = mountPoint,
+          .root = "/",
+          .fileSystem = fileSystem,
+          .source = "/dev/sdx1",
+          .subvolume = "",
+          .isPseudo = false,
+          .isNetwork = false};
+}
+
+TEST(MountTable, DesktopOffersItsDisksAndCardsOnly) {
+  EXPECT_THAT(offered("desktop"), ElementsAre("/", "/home", "/mnt/data disk", "/srv", "/storage",
+                                              "/media/ann/Photo Card", "/run/media/ann/DISC", "/home/ann/Vault"));
+}
+
+TEST(MountTable, SubvolumesAreOfferedAndTheirBoundFoldersAreNot) {
+  EXPECT_THAT(offered("subvolumes"), ElementsAre("/", "/home", "/srv", "/mnt/pool", "/mnt/tank"));
+}
+
+TEST(MountTable, ContainerOffersItsRootAlone) {
+  EXPECT_THAT(offered("container"), ElementsAre("/"));
+}
+
+TEST(MountTable, SharesAreOfferedWhereverPeopleMountThem) {
+  EXPECT_THAT(offered("network"), ElementsAre("/", "/mnt/nas", "/net/files", "/opt/shared", "/mnt/team",
+                                              "/home/ann/remote", "/mnt/host", "/media/sf_shared", "/mnt/c"));
+}
+
+TEST(MountTable, OfMountsOnOneFolderTheTopmostCounts) {
+  const auto devices = reachable("hidden");
+  EXPECT_THAT(devices, ElementsAre("/dev/sda1", "/dev/sda3", "/dev/sda7", "/dev/sda8", "/dev/sda9", "/dev/sda10",
+                                   "/dev/sda11", "/dev/sda12", "/dev/sda13"));
+}
+
+TEST(MountTable, MountPointsAreRawBytesAndDeletedOnesAreNotOffered) {
+  EXPECT_THAT(offered("hidden"), ElementsAre("/", "/mnt/a", "/srv/x", "/srv/x/new", "/home", "/home/ann", "/home/annex",
+                                             "/mnt/odd\nname\t\xff"));
+}
+
+TEST(MountTable, FieldsAreTaken) {
+  const auto mounts = recorded("subvolumes");
+  const MountEntry& pool = mounts.at(8);
+  EXPECT_EQ(pool, (MountEntry{.id = 76,
+                              .parentId = 60,
+                              .mountPoint = "/mnt/pool",
+                              .root = "/@with space",
+                              .fileSystem = "btrfs",
+                              .source = "/dev/sdb",
+                              .subvolume = "/@with space",
+                              .isPseudo = false,
+                              .isNetwork = false}));
+  EXPECT_TRUE(mounts.at(1).isPseudo);
+  EXPECT_TRUE(recorded("network").at(1).isNetwork);
+}
+
+TEST(MountTable, MissingTableIsAnErrorAndNonsenseHoldsNoMounts) {
+  EXPECT_EQ(readMountTable("/nonexistent/mountinfo").error(), ENOENT);
+  EXPECT_THAT(recorded("nonsense"), IsEmpty());
+}
+
+TEST(MountTable, OwnTableHoldsTheRoot) {
+  const auto mounts = readMountTable().value();
+  ASSERT_NE(mountHolding(mounts, "/"), nullptr);
+  EXPECT_EQ(mountHolding(mounts, "/")->mountPoint, "/");
+  EXPECT_EQ(mountHolding(mounts, "/proc/self/status")->fileSystem, "proc");
+}
+
+TEST(MountTable, HolderIsTheNearestMountAbove) {
+  const auto mounts = recorded("hidden");
+  const auto holder = [&mounts](const std::string& path) { return mountHolding(mounts, path)->source; };
+  EXPECT_EQ(holder("/home/ann"), "/dev/sda10");
+  EXPECT_EQ(holder("/home/ann/deep/below"), "/dev/sda10");
+  EXPECT_EQ(holder("/home/anna"), "/dev/sda9");
+  EXPECT_EQ(holder("/mnt/a/under"), "/dev/sda3");
+  EXPECT_EQ(holder("/etc"), "/dev/sda1");
+  EXPECT_EQ(mountHolding({}, "/etc"), nullptr);
+}
+
+TEST(MountTable, MountThatIsItsOwnParentEndsTheClimb) {
+  auto root = disk("/");
+  root.parentId = root.id;
+  EXPECT_THAT(withoutHiddenMounts({root}), ElementsAre(root));
+}
+
+TEST(MountTable, ParentsInACircleAreNotReachable) {
+  auto one = disk("/mnt/one");
+  auto two = disk("/mnt/two");
+  one.parentId = 3;
+  two.id = 3;
+  two.parentId = one.id;
+  EXPECT_THAT(withoutHiddenMounts({one, two}), IsEmpty());
+}
+
+TEST(MountChoice, RootIsOfferedWhateverItIs) {
+  for (const char* type : {"ext4", "overlay", "tmpfs", "rootfs", "squashfs", "zfs"}) {
+    auto root = disk("/", type);
+    root.isPseudo = true;
+    root.root = "/some/folder";
+    EXPECT_TRUE(isOfferedMount(root)) << type;
+  }
+}
+
+TEST(MountChoice, PlacesDecide) {
+  for (const char* place : {"/home", "/home/ann", "/media/usb", "/run/media/ann/usb", "/mnt", "/mnt/a/b", "/srv/x",
+                            "/data", "/storage/one", "/bootcamp", "/users"}) {
+    EXPECT_TRUE(isOfferedMount(disk(place))) << place;
+  }
+  for (const char* place :
+       {"/boot", "/boot/efi", "/efi", "/usr", "/usr/local", "/var", "/var/log", "/tmp", "/run/x", "/dev/x", "/snap/a/1",
+        "/opt", "/nix/store", "/mnt/.hidden", "/.snapshots", "/home/ann/.local/x"}) {
+    EXPECT_FALSE(isOfferedMount(disk(place))) << place;
+  }
+}
+
+TEST(MountChoice, KindsDecide) {
+  for (const char* type : {"ext4", "xfs", "btrfs", "exfat", "ntfs3", "fuseblk", "vfat", "iso9660", "udf", "zfs"}) {
+    EXPECT_TRUE(isOfferedMount(disk("/mnt/x", type))) << type;
+  }
+  for (const char* type : {"squashfs", "erofs", "aufs", "fuse.snapfuse", "swap"}) {
+    EXPECT_FALSE(isOfferedMount(disk("/mnt/x", type))) << type;
+  }
+  auto pseudo = disk("/mnt/x", "tmpfs");
+  pseudo.isPseudo = true;
+  EXPECT_FALSE(isOfferedMount(pseudo));
+}
+
+TEST(MountChoice, EfiPartitionIsNotOfferedWherever) {
+  EXPECT_FALSE(isOfferedMount(disk("/media/ann/EFI", "vfat")));
+  EXPECT_FALSE(isOfferedMount(disk("/mnt/esp", "vfat")));
+  EXPECT_TRUE(isOfferedMount(disk("/media/ann/EFI", "ext4")));
+}
+
+}  // namespace
+}  // namespace dunmere::test
