@@ -49,19 +49,20 @@ Rectangle {
             objectName: "detail"
             T.SplitView.fillWidth: true
 
-            Loader {
-                objectName: "sweeperLoader"
-                anchors.fill: parent
-                active: !root.content.settingsSelected
-                sourceComponent: DiskSweeperPaneView {
+            // One pane at a time; a pane that comes back is a new one.
+            Repeater {
+                model: root.content.settingsSelected ? 0 : 1
+
+                DiskSweeperPaneView {
+                    anchors.fill: detail
                     viewModel: root.content.pane
                 }
             }
-            Loader {
-                objectName: "settingsLoader"
-                anchors.fill: parent
-                active: root.content.settingsSelected
-                sourceComponent: SettingsPane {
+            Repeater {
+                model: root.content.settingsSelected ? 1 : 0
+
+                SettingsPane {
+                    anchors.fill: detail
                     onFullDiskAccessRequested: root.content.openFullDiskAccess()
                 }
             }

@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import QtQuick.Templates as T
 
@@ -45,15 +43,9 @@ T.AbstractButton {
         visible: root.visualFocus
     }
 
-    Loader {
-        anchors.fill: parent
-        active: root.helpText.length > 0
-        sourceComponent: Item {
-            HelpTip {
-                objectName: "helpTip"
-                text: root.helpText
-                visible: root.hovered && !root.down
-            }
-        }
+    HelpTip {
+        objectName: "helpTip"
+        text: root.helpText
+        visible: root.hovered && !root.down && text.length > 0
     }
 }
