@@ -19,7 +19,6 @@ Item {
         x: 16
         y: 8
         width: parent.width - 32
-        height: visible ? implicitHeight : 0
         visible: text.length > 0
         text: root.viewModel.loadErrorText
         color: AppTheme.errorRed
@@ -58,14 +57,15 @@ Item {
 
         T.ScrollBar.vertical: ScrollBar {}
 
-        // Below the rows: takes the mouse for the whole list, so that a press beside the rows selects none.
+        // Above the rows, down to the list's end: a press beside the rows selects none.
         MouseArea {
             objectName: "volumeListMouse"
-            parent: list
-            anchors.fill: parent
-            z: -1
+            y: list.originY
+            width: list.width
+            height: Math.max(list.contentHeight, list.height)
+            z: 2
             preventStealing: true
-            onPressed: mouse => list.select(list.indexAt(mouse.x + list.contentX, mouse.y + list.contentY))
+            onPressed: mouse => list.select(list.indexAt(mouse.x, mouse.y + y))
         }
 
         function select(row: int) {

@@ -57,11 +57,12 @@ QHash<int, QByteArray> ColumnListModel::roleNames() const {
 
 void ColumnListModel::closeColumnsFrom(std::size_t depth) {
   if (depth >= columns_.size()) return;
+  const std::vector<Column> closed(columns_.begin() + static_cast<std::ptrdiff_t>(depth), columns_.end());
   beginRemoveRows({}, static_cast<int>(depth), count() - 1);
-  // The views of these rows go later in this turn of the event loop, and the rows after them.
-  for (std::size_t column = depth; column < columns_.size(); ++column) columns_[column].rows->deleteLater();
   columns_.resize(depth);
   endRemoveRows();
+  // Views destroy their items later in the event loop, so the rows that these show go later still.
+  for (const Column& column : closed) column.rows->deleteLater();
 }
 
 void ColumnListModel::openColumnsUpTo(std::size_t open, const DiskSweeperPane& pane) {

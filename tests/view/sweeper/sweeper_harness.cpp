@@ -11,17 +11,22 @@ using std::chrono::milliseconds;
 // More than the time between two snapshots, so that every counted file is followed by one.
 constexpr milliseconds kOneSnapshotPerFile{400};
 
-std::string bytesOf(const QString& text) { return text.toStdString(); }
+std::string bytesOf(const QString& text) {
+  return text.toStdString();
+}
 
 QStringList textsOf(const std::vector<FileUrl>& urls) {
   QStringList texts;
-  for (const FileUrl& url : urls) texts.append(QString::fromLatin1(url.bytes().data(), static_cast<int>(url.bytes().size())));
+  for (const FileUrl& url : urls)
+    texts.append(QString::fromLatin1(url.bytes().data(), static_cast<int>(url.bytes().size())));
   return texts;
 }
 
 }  // namespace
 
-SweeperHarness::SweeperHarness(QObject* parent) : QObject(parent) { restart(); }
+SweeperHarness::SweeperHarness(QObject* parent) : QObject(parent) {
+  restart();
+}
 
 SweeperHarness::~SweeperHarness() = default;
 
@@ -31,11 +36,17 @@ void SweeperHarness::setPendingGoToDrives(bool pending) {
   emit pendingGoToDrivesChanged();
 }
 
-QStringList SweeperHarness::revealed() const { return textsOf(world_->desktop.revealed); }
+QStringList SweeperHarness::revealed() const {
+  return textsOf(world_->desktop.revealed);
+}
 
-QStringList SweeperHarness::trashed() const { return textsOf(world_->desktop.trashed); }
+QStringList SweeperHarness::trashed() const {
+  return textsOf(world_->desktop.trashed);
+}
 
-int SweeperHarness::folderChoices() const { return static_cast<int>(world_->desktop.chooserMessages.size()); }
+int SweeperHarness::folderChoices() const {
+  return static_cast<int>(world_->desktop.chooserMessages.size());
+}
 
 void SweeperHarness::restart() {
   static std::vector<std::unique_ptr<World>>* const worlds = new std::vector<std::unique_ptr<World>>;
@@ -63,9 +74,13 @@ void SweeperHarness::addVolume(const QString& path, const QString& name, qint64 
   world_->fileSystem.setMountedVolumes(world_->volumes);
 }
 
-void SweeperHarness::addFolder(const QString& path) { world_->fileSystem.addFolder(bytesOf(path)); }
+void SweeperHarness::addFolder(const QString& path) {
+  world_->fileSystem.addFolder(bytesOf(path));
+}
 
-void SweeperHarness::addFile(const QString& path, qint64 bytes) { world_->fileSystem.addFile(bytesOf(path), bytes); }
+void SweeperHarness::addFile(const QString& path, qint64 bytes) {
+  world_->fileSystem.addFile(bytesOf(path), bytes);
+}
 
 void SweeperHarness::addFileOfBytes(const QString& folder, const QByteArray& name, qint64 bytes) {
   world_->fileSystem.addFile(bytesOf(folder) + '/' + name.toStdString(), bytes);
@@ -83,9 +98,13 @@ void SweeperHarness::addLink(const QString& path, const QString& target) {
   world_->fileSystem.addLink(bytesOf(path), bytesOf(target));
 }
 
-void SweeperHarness::makeUnreadable(const QString& path) { world_->fileSystem.makeUnreadable(bytesOf(path)); }
+void SweeperHarness::makeUnreadable(const QString& path) {
+  world_->fileSystem.makeUnreadable(bytesOf(path));
+}
 
-void SweeperHarness::removeEntry(const QString& path) { world_->fileSystem.remove(bytesOf(path)); }
+void SweeperHarness::removeEntry(const QString& path) {
+  world_->fileSystem.remove(bytesOf(path));
+}
 
 void SweeperHarness::chooseFolder(const QString& path) {
   world_->desktop.nextChoice = path.isEmpty() ? std::nullopt : std::optional(FileUrl(bytesOf(path)));
@@ -103,10 +122,17 @@ void SweeperHarness::sweepFolder(const QString& path) {
   viewModel_->openFolderSweep();
 }
 
-bool SweeperHarness::applySnapshot() { return world_->mainThread.runNext(); }
+bool SweeperHarness::applySnapshot() {
+  return world_->mainThread.runNext();
+}
 
 bool SweeperHarness::finishScan() {
   return world_->mainThread.runUntil([this] { return !viewModel_->showsStatusStrip(); });
+}
+
+bool SweeperHarness::runMainThread() {
+  world_->mainThread.runQueued();
+  return true;
 }
 
 int SweeperHarness::rowOf(int column, const QString& name) const {

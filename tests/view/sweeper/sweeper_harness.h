@@ -1,10 +1,11 @@
 // SweeperHarness: gives QML tests a real view model over a file system in memory, and plays the world around it.
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
+
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
-#include <QtQml/qqmlregistration.h>
 #include <memory>
 
 #include "sweeper/view/sweeper_view_model.h"
@@ -14,12 +15,13 @@
 
 namespace dunmere::test {
 
-/// The clock is stepped so that a scan publishes after every counted file, and it waits for each snapshot to be applied:
-/// the test lets it go on by one snapshot or to its end. Main thread.
+/// The clock is stepped so that a scan publishes after every counted file, and it waits for each snapshot to be
+/// applied: the test lets it go on by one snapshot or to its end. Main thread.
 class SweeperHarness : public QObject {
   Q_OBJECT
   Q_PROPERTY(dunmere::SweeperViewModel* viewModel READ viewModel NOTIFY viewModelChanged FINAL)
-  Q_PROPERTY(bool pendingGoToDrives READ pendingGoToDrives WRITE setPendingGoToDrives NOTIFY pendingGoToDrivesChanged FINAL)
+  Q_PROPERTY(
+      bool pendingGoToDrives READ pendingGoToDrives WRITE setPendingGoToDrives NOTIFY pendingGoToDrivesChanged FINAL)
   Q_PROPERTY(QStringList revealed READ revealed)
   Q_PROPERTY(QStringList trashed READ trashed)
   Q_PROPERTY(int folderChoices READ folderChoices)
@@ -58,6 +60,8 @@ class SweeperHarness : public QObject {
   /// Waits for the scan's next snapshot and applies it; false when none came.
   Q_INVOKABLE bool applySnapshot();
   Q_INVOKABLE bool finishScan();
+  /// Does what waits for the main thread now; always true.
+  Q_INVOKABLE bool runMainThread();
   /// The row of this name in an open column, -1 for none.
   Q_INVOKABLE int rowOf(int column, const QString& name) const;
 
