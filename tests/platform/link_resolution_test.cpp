@@ -92,7 +92,7 @@ TEST_F(LinkResolutionTest, LinkIntoAFolderWithoutPermissionCannotBeResolved) {
   tree.folder("closed");
   tree.file("closed/file", 10);
   tree.link("link", "closed/file");
-  tree.mode("closed", 0700);
+  tree.mode("closed", 0);
   const auto result = runUnprivileged([this] {
     EXPECT_EQ(resolve("link").url, tree.url("link"));
     EXPECT_EQ(resolve("link").attributes, std::nullopt);

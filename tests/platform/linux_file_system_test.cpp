@@ -1,4 +1,5 @@
 // Volumes, home folder, clock and priority of the real system.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/ioprio.h>
@@ -16,6 +17,7 @@
 #include <thread>
 
 #include "platform/platform_file_system.h"
+#include "platform/posix/unique_descriptor.h"
 #include "tests/platform/folder_contents.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_tree.h"
@@ -98,6 +100,23 @@ TEST(LinuxVolumes, BoundFolderIsNotOffered) {
   EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
+TEST(LinuxVolumes, MountThatNeverAnswersIsUnreadableAndFreezesNothing) {
+  const auto result = runWithOwnMounts([] {
+    // Nobody serves this share: whoever asks it anything waits for ever.
+    const UniqueDescriptor server(::open("/dev/fuse", O_RDWR | O_CLOEXEC));
+    if (!server) return 3;
+    const std::string options = "fd=" + std::to_string(server.get()) + ",rootmode=40000,user_id=0,group_id=0";
+    if (::mount("host:/share", "/mnt", "fuse.sshfs", 0, options.c_str()) != 0) return 4;
+    const auto files = makePlatformFileSystem();
+    EXPECT_THAT(mountedPaths(*files), ::testing::Contains("/mnt"));
+    EXPECT_EQ(errorOf(files->volumeValues(FileUrl("/mnt"))), ETIMEDOUT);
+    EXPECT_EQ(errorOf(files->volumeValues(FileUrl("/mnt/below"))), ETIMEDOUT);
+    EXPECT_TRUE(files->volumeValues(FileUrl("/")));
+    return 0;
+  });
+  EXPECT_EQ(result.exitCode, 0) << result.output;
+}
+
 TEST(LinuxVolumes, WalkGoesThroughMountsBelow) {
   const TemporaryTree tree;
   tree.folder("volume");
@@ -120,7 +139,7 @@ TEST(LinuxVolumes, ChangedRootIsOfferedThoughTheTableDoesNotListIt) {
   const auto result = runWithOwnMounts([&tree] {
     struct statvfs space {};
     if (::statvfs(tree.path().c_str(), &space) != 0) return 3;
-    if (::mount("proc", tree.path("proc").c_str(), "proc", 0, nullptr) != 0) return 4;
+    if (::mount("/proc", tree.path("proc").c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0) return 4;
     if (::chroot(tree.path().c_str()) != 0) return 5;
     const auto files = makePlatformFileSystem();
     EXPECT_THAT(mountedPaths(*files), ::testing::ElementsAre("/"));

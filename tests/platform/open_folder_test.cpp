@@ -240,7 +240,7 @@ TEST_F(OpenFolderTest, FolderWithoutPermissionFailsForItsReader) {
 TEST_F(OpenFolderTest, ReadableFolderWithoutSearchPermissionLosesItsFiles) {
   tree.folder("names/inner");
   tree.file("names/file", 1);
-  tree.mode("names", 0744);
+  tree.mode("names", 0444);
   const auto result = runUnprivileged([this] {
     const auto walked = contents("names");
     EXPECT_FALSE(walked.contains("file"));

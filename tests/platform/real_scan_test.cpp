@@ -193,7 +193,7 @@ TEST_F(RealScanTest, FolderWithoutPermissionIsAReadErrorAndTheRestIsCounted) {
   tree.folder("root/closed");
   tree.file("root/closed/file", 40'000);
   tree.file("root/open", 10'000);
-  tree.mode("root/closed", 0700);
+  tree.mode("root/closed", 0);
   const std::int64_t open = tree.allocatedBytes("root/open");
   const auto result = runUnprivileged([&] {
     const auto inventory = scan(tree.url("root")).value();

@@ -1,5 +1,6 @@
 #include "tests/support/child_process.h"
 
+#include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -30,6 +31,24 @@ int exitCodeOf(const std::function<int()>& work) {
     std::fprintf(stderr, "Escaped exception: %s\n", error.what());
     return 2;
   }
+}
+
+void writeText(const char* path, const std::string& text) {
+  const UniqueDescriptor file(::open(path, O_WRONLY | O_CLOEXEC));
+  check(file && ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()), path);
+}
+
+/// Root may have mounts of its own; anybody else has to become root of a user namespace first.
+void leaveMounts() {
+  const uid_t user = ::geteuid();
+  const gid_t group = ::getegid();
+  check(::unshare(user == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) == 0, "unshare");
+  if (user != 0) {
+    writeText("/proc/self/setgroups", "deny");
+    writeText("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
+    writeText("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
+  }
+  check(::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "making the mounts private");
 }
 
 std::string readAll(int descriptor) {
@@ -81,8 +100,7 @@ ChildResult runUnprivileged(const std::function<int()>& work) {
 
 ChildResult runWithOwnMounts(const std::function<int()>& work) {
   return runInChild([&work] {
-    check(::unshare(CLONE_NEWNS) == 0, "unshare");
-    check(::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "making the mounts private");
+    leaveMounts();
     return work();
   });
 }

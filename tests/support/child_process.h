@@ -19,7 +19,8 @@ ChildResult runInChild(const std::function<int()>& work);
 /// user as it is.
 ChildResult runUnprivileged(const std::function<int()>& work);
 
-/// The same in a mount namespace of its own, whose mounts nobody else sees and which go with the child. Needs root.
+/// The same in a mount namespace of its own, whose mounts nobody else sees and which go with the child. Needs
+/// root, or a system that lets users have namespaces.
 ChildResult runWithOwnMounts(const std::function<int()>& work);
 
 }  // namespace dunmere::test
