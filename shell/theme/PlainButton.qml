@@ -12,8 +12,9 @@ T.AbstractButton {
     property bool dimsWhenDisabled: true
     property real focusRingRadius: AppTheme.cornerRadius + 2
 
-    implicitWidth: implicitContentWidth + leftPadding + rightPadding
-    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    // Whole points: a text's width seldom is one, and a background's edge must not fall between pixels.
+    implicitWidth: Math.ceil(implicitContentWidth) + leftPadding + rightPadding
+    implicitHeight: Math.ceil(implicitContentHeight) + topPadding + bottomPadding
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
     opacity: !enabled ? (dimsWhenDisabled ? AppTheme.disabledOpacity : 1) : down ? AppTheme.pressedOpacity : 1
@@ -43,9 +44,15 @@ T.AbstractButton {
         visible: root.visualFocus
     }
 
+    // Whoever has pressed the button needs no help with it: the tip waits for the pointer's next visit.
+    onHoveredChanged: tip.dismissed = false
+    onPressed: tip.dismissed = true
+
     HelpTip {
+        id: tip
+        property bool dismissed: false
         objectName: "helpTip"
         text: root.helpText
-        visible: root.hovered && !root.down && text.length > 0
+        visible: root.hovered && !dismissed && text.length > 0
     }
 }

@@ -53,7 +53,7 @@ void SymbolIcon::setColor(const QColor& color) {
 }
 
 void SymbolIcon::measure() {
-  const QSizeF extent = symbolExtent(systemImage_).value_or(QSizeF()) * pixelSize_;
+  const QSizeF extent = symbolExtent(systemImage_).value_or(QSizeF(0, 0)) * pixelSize_;
   // An even width has its centre on a pixel boundary, where symmetric symbols stay symmetric.
   setImplicitSize(2 * qCeil(extent.width() / 2), qRound(extent.height()));
   setBaselineOffset(implicitHeight() / 2 + capitalHeight * pixelSize_ / 2);

@@ -64,8 +64,8 @@ SymbolDrawing externalDrive(const SymbolGrid& grid) {
 SymbolDrawing internalDrive(const SymbolGrid& grid) {
   SymbolDrawing drawing;
   const qreal radius = cornerEms * grid.em;
-  const QPointF frontLeft = grid.fitted(-0.58, 0), frontRight = grid.fitted(0.58, 0);
-  addBox(drawing, frontLeft, grid.fitted(0.58, 0.4), radius);
+  const QPointF frontLeft = grid.fitted(-0.56, 0), frontRight = grid.fitted(0.56, 0);
+  addBox(drawing, frontLeft, grid.fitted(0.56, 0.4), radius);
   const QPointF backLeft = grid.fitted(-0.38, -0.42), backRight = grid.fitted(0.38, -0.42);
   drawing.strokes.moveTo(frontLeft + QPointF(0, radius));
   drawing.strokes.lineTo(backLeft + QPointF(-0.04 * grid.em, 0.1 * grid.em));

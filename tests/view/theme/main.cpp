@@ -1,0 +1,18 @@
+// Runs the QML tests of the theme.
+#include <QQmlEngine>
+#include <QtQuickTest>
+
+namespace dunmere::test {
+
+class Setup : public QObject {
+  Q_OBJECT
+
+ public slots:
+  void qmlEngineAvailable(QQmlEngine* engine) { engine->addImportPath(QStringLiteral("qrc:/qt/qml")); }
+};
+
+}  // namespace dunmere::test
+
+QUICK_TEST_MAIN_WITH_SETUP(theme_views, dunmere::test::Setup)
+
+#include "main.moc"
