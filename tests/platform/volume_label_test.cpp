@@ -32,5 +32,23 @@ TEST(VolumeLabel, OnlyBlockDevicesHaveLabels) {
   EXPECT_EQ(labelOfDevice("/dev/nonexistent"), std::nullopt);
 }
 
+TEST(VolumeLabel, LinkToTheDeviceNamesIt) {
+  // Numbers that no driver has: the device cannot be read, only compared. Making one takes root.
+  const TemporaryTree tree("/dev/shm");
+  ASSERT_EQ(::mknod(tree.path("device").c_str(), S_IFBLK | 0600, makedev(60, 7)), 0);
+  ASSERT_EQ(::mknod(tree.path("other").c_str(), S_IFBLK | 0600, makedev(60, 8)), 0);
+  tree.link("alias", "device");
+  tree.folder("by-label");
+  const auto label = [&tree](std::string_view device) {
+    return labelOfDevice(tree.path(device), tree.path("by-label"));
+  };
+  tree.link("by-label/dangling", "../nowhere");
+  EXPECT_EQ(label("device"), std::nullopt);
+  tree.link("by-label/My\\x20Disk", "../device");
+  EXPECT_EQ(label("device"), "My Disk");
+  EXPECT_EQ(label("alias"), "My Disk");
+  EXPECT_EQ(label("other"), std::nullopt);
+}
+
 }  // namespace
 }  // namespace dunmere::test
