@@ -13,38 +13,6 @@ Item {
 
     readonly property real minimumColumnHeight: 360
 
-    component OpenColumn: Row {
-        id: column
-
-        required property int index
-        required property RowListModel rows
-        required property string folderName
-
-        signal rowActivated(row: int)
-        signal leftRequested
-        signal rightRequested
-        signal keyboardEntered
-
-        function takeKeyboard() {
-            sweeperColumn.takeKeyboard();
-        }
-
-        SweeperColumn {
-            id: sweeperColumn
-            objectName: "sweeperColumn" + column.index
-            height: column.height
-            rows: column.rows
-            folderName: column.folderName
-            onRowActivated: row => column.rowActivated(row)
-            onLeftRequested: column.leftRequested()
-            onRightRequested: column.rightRequested()
-            onKeyboardEntered: column.keyboardEntered()
-        }
-        ColumnDivider {
-            height: column.height
-        }
-    }
-
     objectName: "browserChrome"
 
     Column {
@@ -102,7 +70,7 @@ Item {
                         onRowActivated: row => root.viewModel.selectRow(index, row)
                         onLeftRequested: root.giveKeyboardTo(index - 1)
                         onRightRequested: root.giveKeyboardTo(index + 1)
-                        onKeyboardEntered: root.scrollTo(x, width)
+                        onKeyboardUsed: root.scrollTo(x, width)
                     }
                 }
             }

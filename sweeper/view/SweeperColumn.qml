@@ -16,8 +16,7 @@ Rectangle {
     signal rowActivated(row: int)
     signal leftRequested
     signal rightRequested
-    /// The keyboard entered this column.
-    signal keyboardEntered
+    signal keyboardUsed
 
     /// Whether the keyboard was used last, not the mouse: only then the focused row is shown.
     property bool keyboardInUse: false
@@ -26,8 +25,8 @@ Rectangle {
     color: AppTheme.card
 
     function takeKeyboard() {
-        keyboardInUse = true;
         list.forceActiveFocus(Qt.TabFocusReason);
+        keyboardUsed();
     }
 
     ListView {
@@ -59,16 +58,16 @@ Rectangle {
         }
 
         onActiveFocusChanged: {
-            if (!activeFocus || mouse.pressed)
+            if (!activeFocus || mouse.takesFocus)
                 return;
             root.keyboardInUse = true;
             if (root.rows.focusedRow < 0)
                 focusRow(firstVisibleRow());
-            root.keyboardEntered();
         }
 
         Keys.onPressed: event => {
             root.keyboardInUse = true;
+            root.keyboardUsed();
             event.accepted = handleKey(event.key, event.isAutoRepeat);
         }
 
@@ -120,6 +119,7 @@ Rectangle {
             id: mouse
             objectName: "rowsMouse"
 
+            property bool takesFocus: false
             property real pressedTop: 0
             property real pressedBottom: 0
             readonly property bool isOverPressed: containsPress && mouseY >= pressedTop && mouseY < pressedBottom
@@ -146,7 +146,9 @@ Rectangle {
                 if (row < 0 || !hit)
                     return;
                 root.rows.focusedRow = row;
+                takesFocus = true;
                 list.forceActiveFocus(Qt.MouseFocusReason);
+                takesFocus = false;
                 root.rowActivated(row);
             }
             onCanceled: root.rows.pressedRow = -1
