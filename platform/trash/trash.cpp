@@ -22,16 +22,15 @@ std::error_code codeOf(int number) {
 }
 
 /// Why the volume could take no record of the item's origin. The Trash lies on the item's own volume, always: GIO only
-/// renames. Volumes without a count of blocks or inodes say 0 for the total.
+/// renames. A volume that does not count its blocks says 0 for their total. Free inodes need no look: without one GIO
+/// cannot even begin.
 std::error_code volumeRefusal(const Descriptor& folder) {
   struct statvfs volume {};
   if (fstatvfs(folder.number(), &volume) != 0) return codeOf(errno);
   if ((volume.f_flag & ST_RDONLY) != 0) return codeOf(EROFS);
   const bool mayUseReserve = geteuid() == 0;
   const auto freeBlocks = mayUseReserve ? volume.f_bfree : volume.f_bavail;
-  const auto freeInodes = mayUseReserve ? volume.f_ffree : volume.f_favail;
   if (volume.f_blocks > 0 && freeBlocks == 0) return codeOf(ENOSPC);
-  if (volume.f_files > 0 && freeInodes == 0) return codeOf(ENOSPC);
   return {};
 }
 
@@ -46,8 +45,7 @@ std::error_code checkMoved(const LocatedItem& located) {
 }
 
 std::unexpected<SweepError> failure(const FileUrl& url, std::error_code code, const std::string& volumeName = {}) {
-  const bool isPermission = code == std::errc::operation_not_permitted;
-  return std::unexpected(SweepError{SweepAttempt::moveToTrash, url, isPermission ? codeOf(EACCES) : code, volumeName});
+  return std::unexpected(SweepError{SweepAttempt::moveToTrash, url, code, volumeName});
 }
 
 }  // namespace

@@ -13,11 +13,11 @@ namespace dunmere {
 /// GIO does the move; around it stand the guards that GIO lacks. Nothing is ever deleted in place of a move.
 ///
 /// Refused before anything is touched: the root folder, mount points and items with a mount below them (EBUSY, since
-/// the mounted volume would go along), items on read-only volumes (EROFS) and on volumes without a free block or inode
-/// (ENOSPC, since GIO would move the item and lose its origin). A mount made during the call is not seen.
-/// Checked afterwards: that the item has left its place (else EIO) and that its origin is recorded in full; where it is
-/// not, as when a quota was hit, the item is put back (ENOSPC). Only when its place was taken meanwhile, or the file
-/// system cannot rename without replacing, does it stay in the Trash without its origin: that counts as moved.
+/// the mounted volume would go along), items on read-only volumes (EROFS) and on volumes without a free block (ENOSPC,
+/// since GIO would move the item and lose its origin). A mount made during the call is not seen. Checked afterwards:
+/// that the item has left its place (else EIO) and that its origin is recorded in full; where it is not, as when a
+/// quota was hit, the item is put back (ENOSPC). Only when its place was taken meanwhile, or the file system cannot
+/// rename without replacing, does it stay in the Trash without its origin: that counts as moved.
 ///
 /// A name of more than 238 bytes leaves GIO no room for the names of the record: ENAMETOOLONG, as for a path beyond
 /// PATH_MAX.

@@ -31,7 +31,7 @@ class QtUrlOpenerTest : public testing::Test {
     for (const char* scheme : kSchemes) QDesktopServices::unsetUrlHandler(QLatin1String(scheme));
   }
 
-  static constexpr const char* kSchemes[] = {"file", "x-apple.systempreferences"};
+  static constexpr const char* kSchemes[] = {"file", "x-apple.systempreferences", ""};
   UrlHandler handler;
   QtUrlOpener opener;
 };

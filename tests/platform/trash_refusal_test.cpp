@@ -19,14 +19,14 @@ using testing::IsEmpty;
 
 class TrashRefusal : public TrashRoom {
  protected:
-  /// Makes the folder "item" with one file and mounts a file system of `type` at "item/<below>".
-  void makeItemWithMount(const std::string& below) {
-    makeFolder(path("item"));
-    makeFile(path("item/file"), "of the item");
+  /// Makes the folder `item` with one file and mounts a file system at its folder `below`.
+  void makeItemWithMount(const std::string& item, const std::string& below) {
+    makeFolder(path(item));
+    makeFile(path(item + "/file"), "of the item");
     enterPrivateMounts();
-    if (!below.empty()) makeFolder(path("item/" + below));
-    mountNew(path("item/" + below), "ramfs");
-    makeFile(path("item/" + below + "/mounted"), "of the mount");
+    if (!below.empty()) makeFolder(path(item + "/" + below));
+    mountNew(path(item + "/" + below), "ramfs");
+    makeFile(path(item + "/" + below + "/mounted"), "of the mount");
   }
 };
 
@@ -78,7 +78,7 @@ TEST_F(TrashRefusal, AMissingItemIsSaidToBeMissing) {
 
 TEST_F(TrashRefusal, AMountPointStays) {
   inRoom([&] {
-    makeItemWithMount("");
+    makeItemWithMount("item", "");
     EXPECT_EQ(moveToTrash(path("item")), EBUSY);
     EXPECT_EQ(contentOf(path("item/mounted")), "of the mount");
   });
@@ -86,7 +86,7 @@ TEST_F(TrashRefusal, AMountPointStays) {
 
 TEST_F(TrashRefusal, AnItemWithAMountBelowStaysWithAllOfIt) {
   inRoom([&] {
-    makeItemWithMount("sub");
+    makeItemWithMount("item", "sub");
     EXPECT_EQ(moveToTrash(path("item")), EBUSY);
     EXPECT_EQ(contentOf(path("item/file")), "of the item");
     EXPECT_EQ(contentOf(path("item/sub/mounted")), "of the mount");
@@ -94,18 +94,19 @@ TEST_F(TrashRefusal, AnItemWithAMountBelowStaysWithAllOfIt) {
   });
 }
 
-TEST_F(TrashRefusal, AMountBelowIsSeenWhateverItsName) {
+TEST_F(TrashRefusal, AMountBelowIsSeenWhateverTheItemsName) {
   inRoom([&] {
-    makeItemWithMount("a b\nc\\040\xff");
-    EXPECT_EQ(moveToTrash(path("item")), EBUSY);
-    EXPECT_EQ(contentOf(path("item/a b\nc\\040\xff/mounted")), "of the mount");
+    const std::string item = "a b\nc\\040\xff";
+    makeItemWithMount(item, "sub");
+    EXPECT_EQ(moveToTrash(path(item)), EBUSY);
+    EXPECT_EQ(contentOf(path(item + "/sub/mounted")), "of the mount");
   });
 }
 
 TEST_F(TrashRefusal, AMountBelowIsSeenThroughALinkAboveTheItem) {
   makeLink(path("detour"), ".");
   inRoom([&] {
-    makeItemWithMount("sub");
+    makeItemWithMount("item", "sub");
     EXPECT_EQ(moveToTrash(path("detour/item")), EBUSY);
     EXPECT_EQ(contentOf(path("item/sub/mounted")), "of the mount");
   });
@@ -113,7 +114,7 @@ TEST_F(TrashRefusal, AMountBelowIsSeenThroughALinkAboveTheItem) {
 
 TEST_F(TrashRefusal, AMountBesideTheItemDoesNotHinder) {
   inRoom([&] {
-    makeItemWithMount("sub");
+    makeItemWithMount("item", "sub");
     makeFolder(path("item/su"));
     makeLink(path("link"), "item/sub");
     EXPECT_EQ(moveToTrash(path("item/su")), 0);
