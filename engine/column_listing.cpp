@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "engine/disk_sweeper_scan.h"
+#include "engine/key_order.h"
 
 namespace dunmere {
 
@@ -126,12 +127,11 @@ class ColumnListing {
 
   /// Sorts rows of one size. Only they need keys, which cost more than all the rest of a row.
   void sortByName(RowIterator begin, RowIterator end) {
-    std::vector<std::pair<std::string, Row>> keyed;
-    keyed.reserve(static_cast<std::size_t>(end - begin));
-    std::transform(begin, end, std::back_inserter(keyed),
-                   [this](const Row& row) { return std::pair(fileSystem_.nameSortKey(nameOf(row)), row); });
-    std::ranges::stable_sort(keyed, {}, [](const auto& pair) -> const std::string& { return pair.first; });
-    std::ranges::transform(keyed, begin, [](const auto& pair) { return pair.second; });
+    const std::vector<Row> unsorted(begin, end);
+    KeyOrder order;
+    order.reserve(unsorted.size());
+    for (const Row& row : unsorted) order.add(fileSystem_.nameSortKey(nameOf(row)));
+    std::ranges::transform(order.sorted(), begin, [&unsorted](std::size_t position) { return unsorted[position]; });
   }
 
   std::string_view nameOf(const Row& row) const {
