@@ -93,6 +93,7 @@ TEST(DisplayText, CutOffSequencesAreInvalid) {
   EXPECT_EQ(displayText("\xE2\x82"), "\uFFFD\uFFFD");
   EXPECT_EQ(displayText("\xF0\x9F\x98"), "\uFFFD\uFFFD\uFFFD");
   EXPECT_EQ(displayText("\xE2\x82z"), "\uFFFD\uFFFDz");
+  EXPECT_EQ(displayText(std::string_view("\u00E9").substr(0, 1)), "\uFFFD");
   EXPECT_EQ(displayText("\xE2\xC3\xA9"), "\uFFFD\u00E9");
 }
 

@@ -70,6 +70,15 @@ TEST_F(SnapshotMailboxTest, DeliveryWaitsUntilItsWorkHasRun) {
   EXPECT_TRUE(ran);
 }
 
+TEST_F(SnapshotMailboxTest, DeliveryWaitsUntilItsWorkIsDone) {
+  std::future<void> delivery;
+  bool endedEarly = true;
+  delivery = deliverOnThread([&] { endedEarly = hasEnded(delivery, kMoment); });
+  ASSERT_TRUE(queue_.runNext());
+  delivery.get();
+  EXPECT_FALSE(endedEarly);
+}
+
 TEST_F(SnapshotMailboxTest, DeliveryWaitsForItsOwnWorkOnly) {
   auto first = deliverOnThread([] {});
   std::promise<void> secondMayStart;
