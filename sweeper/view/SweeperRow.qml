@@ -19,10 +19,17 @@ Item {
 
     signal activated
 
+    /// Kept by the list for a later row; not on the screen, so not for a screen reader either.
+    property bool pooled: false
+
+    ListView.onPooled: pooled = true
+    ListView.onReused: pooled = false
+
     objectName: "sweeperRow" + index
     implicitHeight: 6 + Math.max(sizeLabel.height, nameLabel.height) + 6
     opacity: pressed ? AppTheme.pressedOpacity : 1
 
+    Accessible.ignored: pooled
     Accessible.role: Accessible.Button
     Accessible.name: accessibleText
     Accessible.selectable: true

@@ -191,6 +191,10 @@ class DesktopSession:
         matches = name if callable(name) else lambda text: text == name
         wait_for(f"{role} to go away", lambda: not self.all_seen(role, matches, inside))
 
+    def place(self, thing):
+        """Its rectangle on the screen: x, y, width, height in pixels."""
+        return self.atspi.Component.get_extents(thing, self.atspi.CoordType.SCREEN)
+
     def describe(self):
         """The role and name of everything on the screen, for a person."""
         lines = []
@@ -218,13 +222,10 @@ class DesktopSession:
         self._xdotool("mousemove", "--sync", str(box.x + box.width // 2), str(box.y + box.height // 2), "click", "1")
 
     def _resting_place(self, thing):
-        def place():
-            return thing.get_component_iface().get_extents(self.atspi.CoordType.SCREEN)
-
         def settled():
-            before = place()
+            before = self.place(thing)
             time.sleep(0.05)
-            now = place()
+            now = self.place(thing)
             same = (before.x, before.y, before.width, before.height) == (now.x, now.y, now.width, now.height)
             return now if same and now.width > 0 else None
 

@@ -47,7 +47,8 @@ class DunmereWindow:
 
     def rows(self, folder_name):
         """Names of the rows of one column, top to bottom."""
-        return [row.get_name() for row in self.session.all_seen(BUTTON, lambda _: True, self.column(folder_name))]
+        rows = self.session.all_seen(BUTTON, lambda _: True, self.column(folder_name))
+        return [row.get_name() for row in sorted(rows, key=lambda row: self.session.place(row).y)]
 
     def row(self, folder_name, name):
         return self.session.see(BUTTON, starting_with(name + ","), self.column(folder_name))
@@ -61,6 +62,10 @@ class DunmereWindow:
 
     def wait_for_status(self, text):
         return self.session.see(TEXT, text)
+
+    def complaints(self):
+        """The lines that the program has printed, but for those of Qt about its own folder chooser's table."""
+        return [line for line in self.program.output().splitlines() if not line.startswith("QAccessibleTable::child:")]
 
     def close(self):
         """What the close button of the window does."""

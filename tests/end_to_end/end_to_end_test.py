@@ -50,7 +50,7 @@ class EndToEndTest(unittest.TestCase):
         """Closes the window; the program must end well and have had nothing to complain about."""
         self.window.close()
         self.assertEqual(self.window.wait_for_exit(), 0)
-        self.assertEqual(self.window.program.output(), "")
+        self.assertEqual(self.window.complaints(), [])
 
 
 class SweepTest(EndToEndTest):
@@ -177,7 +177,7 @@ class CloseTest(EndToEndTest):
         code = window.wait_for_exit()
         print(f"\nfrom the closing key to the end of the process: {(time.monotonic() - asked) * 1000:.0f} ms", flush=True)
         self.assertEqual(code, 0)
-        self.assertEqual(window.program.output(), "")
+        self.assertEqual(window.complaints(), [])
 
 
 if __name__ == "__main__":
