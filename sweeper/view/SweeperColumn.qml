@@ -40,14 +40,15 @@ Rectangle {
         keyNavigationEnabled: false
         highlightFollowsCurrentItem: false
         model: root.rows
-        currentIndex: root.rows.focusedRow
+        // The rows go before the view when the whole pane goes.
+        currentIndex: root.rows ? root.rows.focusedRow : -1
 
         Accessible.role: Accessible.List
         Accessible.name: root.folderName
 
         delegate: SweeperRow {
             width: list.width
-            pressed: index === root.rows.pressedRow && mouse.isOverPressed
+            pressed: root.rows && index === root.rows.pressedRow && mouse.isOverPressed
             showsFocus: activeFocus && root.keyboardInUse
             onActivated: root.rowActivated(index)
         }

@@ -57,10 +57,11 @@ void SweeperHarness::restart() {
   world_->desktop.onTrash = [world = world_](const FileUrl& url) { world->fileSystem.remove(url.path()); };
   pendingGoToDrives_ = false;
   const BoolBinding pending{[this] { return pendingGoToDrives_; }, [this](bool value) { setPendingGoToDrives(value); }};
-  // The views let go of the old view model before it is destroyed.
-  const std::unique_ptr<SweeperViewModel> old = std::move(viewModel_);
+  SweeperViewModel* const old = viewModel_.release();
   viewModel_ = std::make_unique<SweeperViewModel>(world_->fileSystem, world_->desktop, world_->mainThread, pending);
   emit viewModelChanged();
+  // After the items that showed it, which go later in the event loop.
+  if (old) old->deleteLater();
 }
 
 void SweeperHarness::addVolume(const QString& path, const QString& name, qint64 totalBytes, qint64 freeBytes) {
