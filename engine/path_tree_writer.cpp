@@ -14,16 +14,14 @@ std::int64_t addBytes(std::int64_t a, std::int64_t b) {
 void PathTreeWriter::openFolder(std::string_view name) {
   std::string record;
   appendPackedFile(record, name, 0);
-  char* const room = makeRoom(record.size());
-  std::memcpy(room, record.data(), record.size());
+  const PathTree::TextIndex start = addText(record);
   tree_->folders.provide(marks_.folderCount);
   openPath_.push_back({marks_.folderCount, 0, marks_.fileCount});
-  tree_->folders[marks_.folderCount++].start = marks_.textEnd;
-  marks_.textEnd += record.size();
+  tree_->folders[marks_.folderCount++].start = start;
 }
 
 void PathTreeWriter::addFiles(std::string_view packed, std::int64_t count, std::int64_t bytes) {
-  addRecords(packed);
+  addText(packed);
   marks_.fileCount += count;
   openPath_.back().bytes = addBytes(openPath_.back().bytes, bytes);
 }
@@ -53,32 +51,20 @@ PathBytes PathTreeWriter::snapshot() const {
   return PathBytes(std::make_shared<PathTreeSnapshot>(tree_, marks_, std::move(openPath)));
 }
 
-void PathTreeWriter::addRecords(std::string_view packed) {
-  // Mostly all records go at once; where a segment ends, one by one, so that none is torn in two.
-  const bool fits = packed.size() <= tree_->text.segmentEnd(marks_.textEnd) - marks_.textEnd;
-  const char* const end = packed.data() + packed.size();
-  for (const char* position = packed.data(); position != end;) {
-    const char* const start = position;
-    if (fits)
-      position = end;
-    else
-      takePackedFile(position);
-    const auto length = static_cast<std::size_t>(position - start);
-    std::memcpy(makeRoom(length), start, length);
-    marks_.textEnd += length;
+/// Adds records side by side and returns where they start. Where they do not fit into a segment they all go to the next
+/// one that they fit into; what is left free of a segment was never touched and takes no memory.
+PathTree::TextIndex PathTreeWriter::addText(std::string_view records) {
+  auto& text = tree_->text;
+  text.provide(marks_.textEnd);
+  while (text.segmentEnd(marks_.textEnd) - marks_.textEnd < records.size()) {
+    text[marks_.textEnd] = 0;
+    marks_.textEnd = text.segmentEnd(marks_.textEnd);
+    text.provide(marks_.textEnd);
   }
-}
-
-/// Moves the end of the text to where `length` bytes lie side by side, and returns that place.
-char* PathTreeWriter::makeRoom(std::size_t length) {
-  PathTree& tree = *tree_;
-  tree.text.provide(marks_.textEnd);
-  while (tree.text.segmentEnd(marks_.textEnd) - marks_.textEnd < length) {
-    tree.text[marks_.textEnd] = 0;
-    marks_.textEnd = tree.text.segmentEnd(marks_.textEnd);
-    tree.text.provide(marks_.textEnd);
-  }
-  return &tree.text[marks_.textEnd];
+  const PathTree::TextIndex start = marks_.textEnd;
+  std::memcpy(&text[start], records.data(), records.size());
+  marks_.textEnd += records.size();
+  return start;
 }
 
 }  // namespace dunmere

@@ -45,8 +45,7 @@ class PathTreeWriter {
     std::int64_t fileCountBefore;  // of the whole tree when it was opened
   };
 
-  void addRecords(std::string_view packed);
-  char* makeRoom(std::size_t length);
+  PathTree::TextIndex addText(std::string_view records);
 
   std::shared_ptr<PathTree> tree_;
   PathTreeSnapshot::Marks marks_;

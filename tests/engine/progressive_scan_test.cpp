@@ -300,9 +300,18 @@ TEST_F(ProgressiveScan, ReturnsAtOnceWhileTheScanGoesOn) {
 TEST_F(ProgressiveScan, CallbackIsGoneWhenTheResultIsThere) {
   fileSystem_.addFolder("/r");
   for (const char* root : {"/r", "/missing"}) {
-    const auto token = std::make_shared<int>();
-    DiskSweeperScan::runProgressiveScan(fileSystem_, FileUrl(root), [token](const SweepInventory&) {}).wait();
-    EXPECT_EQ(token.use_count(), 1);
+    std::atomic<bool> gone = false;
+    // Slow to go, so that a result that came first would be seen.
+    std::shared_ptr<int> owned(new int, [&gone](const int* number) {
+      std::this_thread::sleep_for(50ms);
+      delete number;
+      gone = true;
+    });
+    const auto result = DiskSweeperScan::runProgressiveScan(fileSystem_, FileUrl(root),
+                                                            [owned = std::move(owned)](const SweepInventory&) {});
+    result.wait();
+    EXPECT_TRUE(gone);
+    while (!gone) std::this_thread::yield();
   }
 }
 

@@ -4,10 +4,12 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <new>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "engine/packed_files.h"
@@ -65,6 +67,9 @@ class Counter {
   std::condition_variable changed_;
   int value_ = 0;
 };
+
+// Given to readers that should have stopped by now, so that one that does not stop is found out.
+constexpr auto kTimeToGoTooFar = std::chrono::milliseconds(100);
 
 class ReadAheadWith : public testing::TestWithParam<unsigned> {};
 
@@ -239,6 +244,7 @@ TEST(ReadAhead, ReaderOfAGiantFolderStopsAtTheBoundUntilTheConsumerFollows) {
   ReadAhead readAhead(fileSystem, std::move(root), 1);
   takeFolder(readAhead, *readAhead.nextFolder());
   reads.waitFor(20);  // nobody consumes, and yet it reads
+  std::this_thread::sleep_for(kTimeToGoTooFar);
   const auto giant = readAhead.nextFolder();
   ASSERT_TRUE(giant);
   int files = 0;
@@ -248,6 +254,30 @@ TEST(ReadAhead, ReaderOfAGiantFolderStopsAtTheBoundUntilTheConsumerFollows) {
     ASSERT_LE(reads.value() * kBatch, files + 2 * 512 * 1024 / 12 + 4 * kBatch);
   }
   EXPECT_EQ(files, kFiles);
+}
+
+TEST(ReadAhead, ReaderThatStoppedGoesOnWhenItsFolderIsConsumedThoughTooMuchIsHeld) {
+  // The folder holds nothing but names of folders, more than may be held, and nothing of them can be consumed before it
+  // has been read to its end.
+  constexpr int kFolders = 6'000;
+  MemoryFileSystem fileSystem;
+  fileSystem.setBatchSize(50);
+  for (int i = 0; i < kFolders; ++i) fileSystem.addFolder("/r/d/" + std::string(200, 'x') + std::to_string(i));
+  Counter reads;
+  fileSystem.onRead([&reads](const std::string& path) {
+    if (path == "/r/d") reads.count();
+  });
+  ReadAhead readAhead(fileSystem, open(fileSystem, "/r"), 1);
+  takeFolder(readAhead, *readAhead.nextFolder());
+  reads.waitFor(50);
+  std::this_thread::sleep_for(kTimeToGoTooFar);
+  EXPECT_LT(reads.value(), 60);
+  int folders = 0;
+  while (const auto folder = readAhead.nextFolder()) {
+    takeFolder(readAhead, *folder);
+    ++folders;
+  }
+  EXPECT_EQ(folders, kFolders + 1);
 }
 
 // Readers start when the test lets them.
