@@ -74,6 +74,10 @@ void mountNew(const std::string& path, const std::string& type, const std::strin
   check(mount(type.c_str(), path.c_str(), type.c_str(), 0, options.c_str()) == 0, "mounting " + path);
 }
 
+void mountAgain(const std::string& from, const std::string& to) {
+  check(mount(from.c_str(), to.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0, "mounting " + from + " again");
+}
+
 void remountReadOnly(const std::string& path) {
   check(mount(nullptr, path.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0, "remounting " + path);
 }

@@ -19,6 +19,9 @@ void enterPrivateMounts();
 /// Mounts a new file system of `type` ("tmpfs", "ramfs") on the existing folder `path`.
 void mountNew(const std::string& path, const std::string& type, const std::string& options = {});
 
+/// Shows the folder `from`, with all that is mounted in it, also at the existing folder `to`.
+void mountAgain(const std::string& from, const std::string& to);
+
 /// Makes the mount at `path` read-only.
 void remountReadOnly(const std::string& path);
 
