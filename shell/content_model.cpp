@@ -10,7 +10,7 @@ ContentModel::ContentModel(FileSystem& fileSystem, Desktop& desktop, MainThread&
   makePane();
 }
 
-// At the end there may be no event loop any more to delete the pane later.
+// At the end the views are gone, and so may be the event loop.
 ContentModel::~ContentModel() {
   delete pane_.release();
 }

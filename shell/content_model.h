@@ -56,9 +56,12 @@ class ContentModel : public QObject {
   void paneChanged();
 
  private:
-  /// A view that is still on its way out may hold the pane until the event loop turns again.
-  struct DeleteLater {
-    void operator()(QObject* object) const { object->deleteLater(); }
+  /// Deletes a pane after its views. Those are deleted by the event loop too, and the lists inside them delete their
+  /// rows only then: one turn later than the outermost view.
+  struct DeleteAfterViews {
+    void operator()(QObject* pane) const {
+      QMetaObject::invokeMethod(pane, &QObject::deleteLater, Qt::QueuedConnection);
+    }
   };
 
   void makePane();
@@ -71,7 +74,7 @@ class ContentModel : public QObject {
   UrlOpener& urlOpener_;
   std::optional<SidebarItem> selection_ = SidebarItem::freeSpace;
   bool pendingGoToDrives_ = false;
-  std::unique_ptr<SweeperViewModel, DeleteLater> pane_;
+  std::unique_ptr<SweeperViewModel, DeleteAfterViews> pane_;
 };
 
 }  // namespace dunmere

@@ -7,8 +7,8 @@ T.ToolTip {
 
     x: 0
     y: parent ? parent.height + 4 : 0
-    implicitWidth: implicitContentWidth + leftPadding + rightPadding
-    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    implicitWidth: Math.ceil(implicitContentWidth) + leftPadding + rightPadding
+    implicitHeight: Math.ceil(implicitContentHeight) + topPadding + bottomPadding
     margins: 6
     horizontalPadding: 8
     verticalPadding: 4
