@@ -151,12 +151,17 @@ class DesktopSession:
 
     # Eyes
 
-    def picture(self, name):
-        """Takes a picture of the whole screen and returns its path."""
+    def picture(self, name, window="root"):
+        """Takes a picture of the whole screen, or of one window by its number, and returns its path."""
         self.pictures += 1
         path = os.path.join(self.output, f"{self.pictures}-{name}.png")
-        subprocess.run(["import", "-silent", "-window", "root", path], env=self.environment, check=True)
+        subprocess.run(["import", "-silent", "-window", window, path], env=self.environment, check=True)
         return path
+
+    def picture_of_active_window(self, name):
+        number = subprocess.run(["xdotool", "getactivewindow"], env=self.environment, check=True,
+                                stdout=subprocess.PIPE, text=True).stdout.strip()
+        return self.picture(name, number)
 
     def all_seen(self, role, matches, inside=None):
         """Every visible thing of this role whose name `matches`, in the order of the accessibility tree."""

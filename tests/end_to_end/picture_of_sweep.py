@@ -33,7 +33,7 @@ def take_picture(session, program, folder, picture):
         column = column and open_largest_folder(window, column)
     if column:
         window.column(column)
-    shutil.copyfile(session.picture("sweep"), picture)
+    shutil.copyfile(session.picture_of_active_window("sweep"), picture)
     window.close()
     return window.wait_for_exit()
 
