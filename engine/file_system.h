@@ -23,7 +23,7 @@ struct EntryAttributes {
   static constexpr std::int64_t kAbsent = -1;
 
   EntryKind kind = EntryKind::other;
-  bool isPackage = false;                ///< the system marks this folder as one document, whatever its name
+  bool isPackage = false;                 ///< the system marks this folder as one document, whatever its name
   std::int64_t allocatedBytes = kAbsent;  ///< disk space in bytes
   std::int64_t logicalBytes = kAbsent;    ///< length in bytes
 
@@ -46,7 +46,8 @@ class EntryBatch {
   };
 
   void add(std::string_view name, const EntryAttributes& attributes) {
-    entries_.push_back({static_cast<std::uint32_t>(names_.size()), static_cast<std::uint32_t>(name.size()), attributes});
+    entries_.push_back(
+        {static_cast<std::uint32_t>(names_.size()), static_cast<std::uint32_t>(name.size()), attributes});
     names_.append(name);
   }
   void clear() {
@@ -103,11 +104,11 @@ class OpenFolder {
 
 /// What the system knows of one mounted volume. Each value may be absent.
 struct VolumeValues {
-  std::optional<std::string> name;                ///< label
-  std::optional<std::int64_t> totalBytes;         ///< capacity in bytes
-  std::optional<std::int64_t> availableBytes;     ///< available to this user, in bytes
+  std::optional<std::string> name;                              ///< label
+  std::optional<std::int64_t> totalBytes;                       ///< capacity in bytes
+  std::optional<std::int64_t> availableBytes;                   ///< available to this user, in bytes
   std::optional<std::int64_t> availableForImportantUsageBytes;  ///< including what the system would clear, in bytes
-  std::optional<bool> isBrowsable;                ///< false: not meant for people's eyes
+  std::optional<bool> isBrowsable;                              ///< false: not meant for people's eyes
 };
 
 /// The operating system as the engine sees it. Implementations are thread-safe and outlive every scan.

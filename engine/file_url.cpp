@@ -13,7 +13,9 @@ std::string_view withoutTrailingSlashes(std::string_view path) {
 
 }  // namespace
 
-std::string FileUrl::path() const { return std::string(withoutTrailingSlashes(bytes_)); }
+std::string FileUrl::path() const {
+  return std::string(withoutTrailingSlashes(bytes_));
+}
 
 std::string FileUrl::key() const {
   if (bytes_.empty()) return {};

@@ -49,7 +49,5 @@ class FileUrl {
 
 template <>
 struct std::hash<dunmere::FileUrl> {
-  std::size_t operator()(const dunmere::FileUrl& url) const noexcept {
-    return std::hash<std::string>{}(url.bytes());
-  }
+  std::size_t operator()(const dunmere::FileUrl& url) const noexcept { return std::hash<std::string>{}(url.bytes()); }
 };
