@@ -60,6 +60,7 @@ void removeContents(int folder) {
       const UniqueDescriptor full = openFolderAt(folder, name);
       for (const std::string& inner : namesIn(full.get())) {
         if (removeOne(full.get(), inner)) continue;
+        ::fchmodat(full.get(), inner.c_str(), 0700, 0);  // to be moved, a folder must be writable itself
         const std::string free = "moved up " + std::to_string(moved++);
         check(::renameat(full.get(), inner.c_str(), folder, free.c_str()) == 0, inner);
       }
