@@ -94,6 +94,22 @@ TestCase {
         return rows.data(rows.index(Math.floor(scrolledBy(list) / 28), 0), Qt.UserRole + 1);
     }
 
+    function test_rowsThatComeOrGoAboveDoNotScroll() {
+        const list = rowList(0);
+        list.contentY = 28 * 20 + 5;
+        for (let number = 0; number < 5; ++number)
+            harness.removeEntry("/root/" + folderName(number));
+        applySnapshots(1);
+        compare(list.count, 55);
+        compare(scrolledBy(list), 28 * 20 + 5);
+        for (let number = 0; number < 7; ++number)
+            harness.addFolder("/root/added" + number);
+        applySnapshots(1);
+        compare(list.count, 62);
+        compare(scrolledBy(list), 28 * 20 + 5);
+        compare(nameAt(list, 0), nameAtOffset(list));
+    }
+
     function test_theSidewaysScrollStays() {
         harness.viewModel.selectRow(0, harness.rowOf(0, folderName(59)));
         pane.width = 400;
