@@ -96,6 +96,10 @@ const MountEntry* mountHolding(const std::vector<MountEntry>& mounts, const std:
   return nearest;
 }
 
+bool isMountAtOrBelow(const std::vector<MountEntry>& mounts, const std::string& path) {
+  return std::ranges::any_of(mounts, [&path](const MountEntry& mount) { return isAtOrBelow(mount.mountPoint, path); });
+}
+
 std::expected<std::vector<MountEntry>, int> readMountTable(const std::string& file) {
   const Table table(mnt_new_table(), &mnt_unref_table);
   const Iterator iterator(mnt_new_iter(MNT_ITER_FORWARD), &mnt_free_iter);

@@ -33,6 +33,9 @@ std::vector<MountEntry> withoutHiddenMounts(const std::vector<MountEntry>& mount
 /// when there is none. Points into `mounts`.
 const MountEntry* mountHolding(const std::vector<MountEntry>& mounts, const std::string& path);
 
+/// Whether something is mounted exactly at `path`, a path as above, or anywhere below it. Lexical.
+bool isMountAtOrBelow(const std::vector<MountEntry>& mounts, const std::string& path);
+
 /// Whether `path` is `folder` or lies below it; both without trailing slash. Lexical.
 bool isAtOrBelow(const std::string& path, const std::string& folder);
 

@@ -40,18 +40,18 @@ std::expected<LocatedItem, std::error_code> locateItem(const FileUrl& url) {
   if (!folderPath) return std::unexpected(folderPath.error());
   located.physicalPath = FileUrl(*folderPath).appending(located.name).bytes();
 
-  located.folder = Descriptor(open(folderPath->c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!located.folder.isOpen()) return std::unexpected(codeOf(errno));
-  located.item = Descriptor(openat(located.folder.number(), located.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-  if (!located.item.isOpen()) return std::unexpected(codeOf(errno));
+  located.folder = UniqueDescriptor(open(folderPath->c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!located.folder) return std::unexpected(codeOf(errno));
+  located.item = UniqueDescriptor(openat(located.folder.get(), located.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  if (!located.item) return std::unexpected(codeOf(errno));
   return located;
 }
 
 std::expected<bool, std::error_code> isAtItsPlace(const LocatedItem& located) {
   struct stat item {};
   struct stat place {};
-  if (fstat(located.item.number(), &item) != 0) return std::unexpected(codeOf(errno));
-  if (fstatat(located.folder.number(), located.name.c_str(), &place, AT_SYMLINK_NOFOLLOW) != 0) {
+  if (fstat(located.item.get(), &item) != 0) return std::unexpected(codeOf(errno));
+  if (fstatat(located.folder.get(), located.name.c_str(), &place, AT_SYMLINK_NOFOLLOW) != 0) {
     if (errno == ENOENT) return false;
     return std::unexpected(codeOf(errno));
   }

@@ -6,16 +6,16 @@
 #include <system_error>
 
 #include "engine/file_url.h"
-#include "platform/trash/descriptor.h"
+#include "platform/posix/unique_descriptor.h"
 
 namespace dunmere {
 
 /// Neither descriptor reads or writes anything; both only name.
 struct LocatedItem {
-  Descriptor folder;
+  UniqueDescriptor folder;
   std::string name;          ///< within the folder
   std::string physicalPath;  ///< the folder without any link, and the name; the item itself is never resolved
-  Descriptor item;           ///< the item itself, also when it is a link
+  UniqueDescriptor item;     ///< the item itself, also when it is a link
 };
 
 /// Finds the item at `url`. Fails with the system's code (EINVAL for a relative path or one ending in "." or "..",

@@ -8,9 +8,9 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/linux/mount_table.h"
 #include "platform/trash/gio_trash.h"
 #include "platform/trash/located_item.h"
-#include "platform/trash/mount_points.h"
 #include "platform/trash/trashed_item.h"
 
 namespace dunmere {
@@ -24,9 +24,9 @@ std::error_code codeOf(int number) {
 /// Why the volume could take no record of the item's origin. The Trash lies on the item's own volume, always: GIO only
 /// renames. A volume that does not count its blocks says 0 for their total. Free inodes need no look: without one GIO
 /// cannot even begin.
-std::error_code volumeRefusal(const Descriptor& folder) {
+std::error_code volumeRefusal(const UniqueDescriptor& folder) {
   struct statvfs volume {};
-  if (fstatvfs(folder.number(), &volume) != 0) return codeOf(errno);
+  if (fstatvfs(folder.get(), &volume) != 0) return codeOf(errno);
   if ((volume.f_flag & ST_RDONLY) != 0) return codeOf(EROFS);
   const bool mayUseReserve = geteuid() == 0;
   const auto freeBlocks = mayUseReserve ? volume.f_bfree : volume.f_bavail;
@@ -53,16 +53,16 @@ std::unexpected<SweepError> failure(const FileUrl& url, std::error_code code, co
 std::expected<void, SweepError> Trash::moveItem(const FileUrl& url) {
   const auto located = locateItem(url);
   if (!located) return failure(url, located.error());
-  const auto mountPoints = readMountPoints();
-  if (!mountPoints) return failure(url, mountPoints.error());
-  if (isMountAtOrBelow(*mountPoints, located->physicalPath)) return failure(url, codeOf(EBUSY));
+  const auto mounts = readMountTable();
+  if (!mounts) return failure(url, codeOf(mounts.error()));
+  if (isMountAtOrBelow(*mounts, located->physicalPath)) return failure(url, codeOf(EBUSY));
   if (const auto code = volumeRefusal(located->folder)) return failure(url, code);
 
   // The physical path, so that GIO and the guards speak of the same item, and the record names a place that lasts.
   const std::error_code refused = moveToTrashWithGio(located->physicalPath);
   if (refused == std::errc::not_supported) {
-    const std::string volume = nameOfVolume(mountPointHolding(*mountPoints, located->physicalPath));
-    return failure(url, refused, volume);
+    const MountEntry* const mount = mountHolding(*mounts, located->physicalPath);
+    return failure(url, refused, nameOfVolume(mount ? mount->mountPoint : "/"));
   }
   if (refused) return failure(url, refused);
   if (const auto code = checkMoved(*located)) return failure(url, code);

@@ -16,8 +16,8 @@ namespace dunmere {
 namespace {
 
 /// Where the kernel says that the open item is now.
-std::optional<std::string> currentPath(const Descriptor& item) {
-  const std::string link = "/proc/self/fd/" + std::to_string(item.number());
+std::optional<std::string> currentPath(const UniqueDescriptor& item) {
+  const std::string link = "/proc/self/fd/" + std::to_string(item.get());
   std::array<char, PATH_MAX> path;
   const ssize_t length = readlink(link.c_str(), path.data(), path.size());
   // A path that fills the buffer may have been cut off.
@@ -25,10 +25,10 @@ std::optional<std::string> currentPath(const Descriptor& item) {
   return std::string(path.data(), static_cast<std::size_t>(length));
 }
 
-bool isSameItem(const std::string& path, const Descriptor& item) {
+bool isSameItem(const std::string& path, const UniqueDescriptor& item) {
   struct stat there {};
   struct stat held {};
-  return lstat(path.c_str(), &there) == 0 && fstat(item.number(), &held) == 0 && there.st_dev == held.st_dev &&
+  return lstat(path.c_str(), &there) == 0 && fstat(item.get(), &held) == 0 && there.st_dev == held.st_dev &&
          there.st_ino == held.st_ino;
 }
 
@@ -60,7 +60,7 @@ std::error_code unrecordedReason(const TrashedItem& trashed) {
 }
 
 bool putBack(const TrashedItem& trashed, const LocatedItem& located) {
-  if (renameat2(AT_FDCWD, trashed.path.c_str(), located.folder.number(), located.name.c_str(), RENAME_NOREPLACE) != 0) {
+  if (renameat2(AT_FDCWD, trashed.path.c_str(), located.folder.get(), located.name.c_str(), RENAME_NOREPLACE) != 0) {
     return false;
   }
   unlink(trashed.infoPath.c_str());

@@ -70,6 +70,18 @@ TEST(MountTable, OfMountsOnOneFolderTheTopmostCounts) {
                                    "/dev/sda11", "/dev/sda12", "/dev/sda13"));
 }
 
+TEST(MountTable, AMountAtAPathOrDeepBelowItCounts) {
+  EXPECT_TRUE(isMountAtOrBelow({disk("/"), disk("/mnt/usb")}, "/mnt/usb"));
+  EXPECT_TRUE(isMountAtOrBelow({disk("/"), disk("/mnt/usb/a/b")}, "/mnt"));
+  EXPECT_TRUE(isMountAtOrBelow({disk("/")}, "/"));
+}
+
+TEST(MountTable, AMountAboveOrBesideAPathDoesNotCount) {
+  EXPECT_FALSE(isMountAtOrBelow({disk("/"), disk("/mnt")}, "/mnt/usb"));
+  EXPECT_FALSE(isMountAtOrBelow({disk("/"), disk("/mnt/usb2")}, "/mnt/usb"));
+  EXPECT_FALSE(isMountAtOrBelow({disk("/"), disk("/mnt/us")}, "/mnt/usb"));
+}
+
 TEST(MountTable, MountPointsAreRawBytesAndDeletedOnesAreNotOffered) {
   EXPECT_THAT(offered("hidden"), ElementsAre("/", "/mnt/a", "/srv/x", "/srv/x/new", "/home", "/home/ann", "/home/annex",
                                              "/mnt/odd\nname\t\xff"));
