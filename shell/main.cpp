@@ -22,7 +22,7 @@ void describeApplication() {
   QApplication::setApplicationDisplayName(u"Dunmere"_s);
   QApplication::setApplicationVersion(QStringLiteral(DUNMERE_VERSION));
   QGuiApplication::setDesktopFileName(u"dunmere"_s);
-  QApplication::setWindowIcon(QIcon::fromTheme(u"dunmere"_s, QIcon(u":/dunmere/dunmere.svg"_s)));
+  QApplication::setWindowIcon(QIcon::fromTheme(u"dunmere"_s, QIcon(u":/dunmere/dunmere-128.png"_s)));
 }
 
 /// Shows the window until it is closed; by then the views and the sweep are gone, and scans wait for nobody.
