@@ -25,6 +25,8 @@ class PathTreeWriter {
 
   /// Adds files to the folder that was opened last, before any folder inside it is opened: `packed` holds `count`
   /// packed records that are `bytes` in sum.
+  /// A name that a directory read gave twice, as some file systems do when the folder is changed meanwhile, makes two
+  /// entries, of which look-ups find one.
   void addFiles(std::string_view packed, std::int64_t count, std::int64_t bytes);
 
   /// Closes the folder that was opened last and adds its sum to its parent. A folder below which nothing was counted

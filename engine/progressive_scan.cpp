@@ -21,8 +21,10 @@ using ScanResult = DiskSweeperScan::ScanResult;
 constexpr std::int64_t kPublishEveryFiles = 12'000;
 constexpr FileSystem::Instant kPublishEvery = std::chrono::milliseconds(350);
 
-// More than there are processors: a reader mostly waits for the disk, and eight waiting at a time let a disk or its
-// controller find a good order. (Cold, on two processors: 4.8 s with one, 3.0 s with two, 2.3 s with eight.)
+// More than there are processors: a reader mostly waits for the disk, and several waiting at a time let the disk find a
+// good order. In trials of bare reading from a cold disk, on two processors, 1,000,000 files took 4.8 s with one
+// thread, 3.0 s with two and 2.3 s with eight. A scan of as many files in the cache took 1.8 s with no reader, 1.4 s
+// with two, 1.1 s with four and 1.2 s with eight: little is lost there.
 constexpr unsigned kUsualReaders = 8;
 
 SweepError scanError(const FileUrl& root, std::error_code code) {
