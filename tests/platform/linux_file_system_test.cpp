@@ -2,7 +2,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <linux/ioprio.h>
 #include <pwd.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -199,8 +198,15 @@ TEST(Clock, IsTheSystemsMonotonicOne) {
 int nice() {
   return ::getpriority(PRIO_PROCESS, 0);
 }
+
+// From ioprio_set(2), because some versions of <linux/ioprio.h> do not compile as C++: class in the upper bits, level
+// below.
+constexpr int kIoWhoProcess = 1;
+constexpr long kIoBestEffortLowest = 2 << 13 | 7;
+constexpr long kIoIdle = 3 << 13;
+
 long ioPriority() {
-  return ::syscall(SYS_ioprio_get, IOPRIO_WHO_PROCESS, 0);
+  return ::syscall(SYS_ioprio_get, kIoWhoProcess, 0);
 }
 
 TEST(UtilityPriority, LowersTheCallingThreadAlone) {
@@ -211,7 +217,7 @@ TEST(UtilityPriority, LowersTheCallingThreadAlone) {
     std::thread([&files] {
       files->enterUtilityPriority();
       EXPECT_EQ(nice(), 10);
-      EXPECT_EQ(ioPriority(), long{IOPRIO_PRIO_VALUE(IOPRIO_CLASS_BE, 7)});
+      EXPECT_EQ(ioPriority(), kIoBestEffortLowest);
     }).join();
     EXPECT_EQ(nice(), before);
     EXPECT_EQ(ioPriority(), ioBefore);
@@ -224,11 +230,10 @@ TEST(UtilityPriority, NeverRaises) {
   const auto result = runInChild([] {
     const auto files = makePlatformFileSystem();
     if (::setpriority(PRIO_PROCESS, 0, 15) != 0) return 3;
-    const long idle = IOPRIO_PRIO_VALUE(IOPRIO_CLASS_IDLE, 0);
-    if (::syscall(SYS_ioprio_set, IOPRIO_WHO_PROCESS, 0, idle) != 0) return 4;
+    if (::syscall(SYS_ioprio_set, kIoWhoProcess, 0, kIoIdle) != 0) return 4;
     files->enterUtilityPriority();
     EXPECT_EQ(nice(), 15);
-    EXPECT_EQ(ioPriority(), idle);
+    EXPECT_EQ(ioPriority(), kIoIdle);
     return 0;
   });
   EXPECT_EQ(result.exitCode, 0) << result.output;
