@@ -34,6 +34,7 @@ class ColumnListing {
       : fileSystem_(fileSystem),
         parent_(parent),
         pathBytes_(inventory.pathBytes),
+        rootPath_(inventory.rootPath),
         counted_(inventory.pathBytes.folder(parent.key())),
         partialMark_(!inventory.scanComplete || inventory.hadReadErrors),
         folder_(folder) {}
@@ -121,8 +122,21 @@ class ColumnListing {
 
   /// The target's own entry or, should the link's name have been a file or folder when it was scanned, the name's.
   std::optional<std::int64_t> countedThroughLink(const LinkTarget& target, std::string_view name) {
-    const auto ofTarget = pathBytes_.find(target.url.key());
+    const auto ofTarget = countedUnder(target.url.key());
     return ofTarget ? ofTarget : counted_.bytesOf(name);
+  }
+
+  /// As PathBytes::find. Links of one folder mostly lead into one folder, often their own, and a look-up inside a
+  /// folder that is at hand spares each of them the way down from the root.
+  std::optional<std::int64_t> countedUnder(const std::string& key) {
+    if (key == rootPath_) return pathBytes_.find(key);
+    const FileUrl target(key);
+    std::string parent = target.deletingLastPathComponent().path();
+    if (parent != targetsParent_) {
+      targets_ = pathBytes_.folder(parent);
+      targetsParent_ = std::move(parent);
+    }
+    return targets_.bytesOf(target.lastPathComponent());
   }
 
   /// Sorts rows of one size. Only they need keys, which cost more than all the rest of a row.
@@ -148,8 +162,11 @@ class ColumnListing {
   FileSystem& fileSystem_;
   const FileUrl& parent_;
   const PathBytes& pathBytes_;
+  const std::string& rootPath_;
   PathBytes::Folder counted_;
-  const bool partialMark_;  // one for the whole column
+  PathBytes::Folder targets_;  // of the folder that the last link led into
+  std::string targetsParent_;  // that folder's key
+  const bool partialMark_;     // one for the whole column
   OpenFolder& folder_;
   std::string names_;  // of all rows, side by side
   std::vector<Row> rows_;

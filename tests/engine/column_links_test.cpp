@@ -177,6 +177,19 @@ TEST_F(ColumnLinks, ALinkToACountedFileShowsWhatWasCounted) {
   EXPECT_EQ(link(inventory), fileLink(100));
 }
 
+TEST_F(ColumnLinks, LinksIntoSeveralFoldersInAnyOrderAreEachSizedByTheirTarget) {
+  std::int64_t bytes = 100;
+  for (const std::string name : {"a/one", "a/two", "b/one", "b/two"}) fileSystem_.addFile("/root/" + name, bytes++);
+  for (const std::string name : {"b/two", "a/two", "b/one", "a/one"}) {
+    fileSystem_.addLink("/root/links/" + name.substr(0, 1) + name.substr(2), "../" + name);
+  }
+  const auto rows = columnOf(fileSystem_, "/root/links", inventoryOfScan(fileSystem_, "/root"));
+  EXPECT_EQ(rowOf(rows, "aone").sizeBytes, 100);
+  EXPECT_EQ(rowOf(rows, "atwo").sizeBytes, 101);
+  EXPECT_EQ(rowOf(rows, "bone").sizeBytes, 102);
+  EXPECT_EQ(rowOf(rows, "btwo").sizeBytes, 103);
+}
+
 TEST_F(ColumnLinks, ALinkToAnUncountedFileFallsBackToWhatItsOwnNameHeld) {
   fileSystem_.addFile("/root/link", 55);
   const SweepInventory inventory = inventoryOfScan(fileSystem_, "/root");
