@@ -73,7 +73,7 @@ Rectangle {
         }
 
         function handleKey(key: int, isAutoRepeat: bool): bool {
-            const rowsPerPage = Math.max(1, Math.floor(height / 28) - 1);
+            const rowsPerPage = Math.max(1, Math.floor(height * count / contentHeight) - 1);
             switch (key) {
             case Qt.Key_Up:
                 return focusRow(root.rows.focusedRow < 0 ? count - 1 : root.rows.focusedRow - 1);

@@ -308,6 +308,19 @@ TestCase {
         compare(item("sweeperColumn0").rows.focusedRow, 0);
     }
 
+    function test_pageKeysWalkByPages() {
+        harness.addFiles("/root/Movies", 100);
+        sweep();
+        mouseClick(row(0, "Movies"));
+        keyClick(Qt.Key_Right);
+        const list = findChild(item("sweeperColumn1"), "rowList");
+        keyClick(Qt.Key_Home);
+        keyClick(Qt.Key_PageDown);
+        compare(item("sweeperColumn1").rows.focusedRow, Math.floor(list.height / 28) - 1);
+        keyClick(Qt.Key_PageUp);
+        compare(item("sweeperColumn1").rows.focusedRow, 0);
+    }
+
     function test_theKeyboardBringsAHiddenColumnIntoView() {
         sweep();
         mouseClick(row(0, "Movies"));
