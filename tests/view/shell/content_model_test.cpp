@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QPointer>
 #include <QSignalSpy>
+#include <QTimer>
 #include <optional>
 
 #include "tests/support/fake_desktop.h"
@@ -55,6 +57,23 @@ TEST_F(ContentModelTest, SettingsDiscardThePane) {
   content.selectSettings();
   EXPECT_EQ(content.pane(), nullptr);
   deleteWhatIsDue();
+  EXPECT_TRUE(pane.isNull());
+}
+
+// A view that goes is deleted by the event loop, and has the rows of its lists deleted by it in turn.
+TEST_F(ContentModelTest, ThePaneOutlivesTheRowsOfItsViews) {
+  const QPointer<SweeperViewModel> pane = content.pane();
+  auto* const view = new QObject;
+  auto* const row = new QObject;
+  bool paneAtTheEnd = false;
+  QObject::connect(view, &QObject::destroyed, row, &QObject::deleteLater);
+  QObject::connect(row, &QObject::destroyed, [&] { paneAtTheEnd = !pane.isNull(); });
+  QObject::connect(&content, &ContentModel::selectionChanged, view, &QObject::deleteLater);
+  QEventLoop loop;
+  QObject::connect(pane, &QObject::destroyed, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+  QTimer::singleShot(0, &content, &ContentModel::selectSettings);
+  loop.exec();
+  EXPECT_TRUE(paneAtTheEnd);
   EXPECT_TRUE(pane.isNull());
 }
 
