@@ -11,6 +11,7 @@
 #include "engine/package_names.h"
 #include "tests/engine/scan_recording.h"
 #include "tests/support/memory_file_system.h"
+#include "tests/support/random_seed.h"
 
 namespace dunmere::test {
 namespace {
@@ -242,13 +243,13 @@ void compareOneTree(std::uint64_t seed) {
 }
 
 TEST(ScanAgainstReference, EverySnapshotOfRandomTreesAgrees) {
-  const std::uint64_t firstSeed = std::random_device{}();
-  for (std::uint64_t seed = firstSeed; seed < firstSeed + 300; ++seed) {
+  constexpr std::uint64_t kTrees = 3000;
+  const std::uint64_t first = firstSeed();
+  for (std::uint64_t seed = first; seed < first + kTrees; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     compareOneTree(seed);
     if (testing::Test::HasFatalFailure()) return;
   }
-  RecordProperty("firstSeed", std::to_string(firstSeed));
 }
 
 // The trees that the random ones are unlikely to reach: tens of thousands of files, so that the count of files too
