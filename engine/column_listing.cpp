@@ -12,6 +12,7 @@
 
 #include "engine/disk_sweeper_scan.h"
 #include "engine/key_order.h"
+#include "engine/path_finder.h"
 
 namespace dunmere {
 
@@ -33,9 +34,11 @@ class ColumnListing {
   ColumnListing(FileSystem& fileSystem, const FileUrl& parent, const SweepInventory& inventory, OpenFolder& folder)
       : fileSystem_(fileSystem),
         parent_(parent),
-        pathBytes_(inventory.pathBytes),
-        rootPath_(inventory.rootPath),
+        inventory_(inventory),
+        linkTargets_(inventory.pathBytes),
         counted_(inventory.pathBytes.folder(parent.key())),
+        holdsRoot_(inventory.rootPath != "/" &&
+                   FileUrl(inventory.rootPath).deletingLastPathComponent().key() == parent.key()),
         partialMark_(!inventory.scanComplete || inventory.hadReadErrors),
         folder_(folder) {}
 
@@ -85,7 +88,7 @@ class ColumnListing {
       case EntryKind::symbolicLink:
         return linkFacts(name);
       case EntryKind::folder:
-        return {true, false, counted_.bytesOf(name).value_or(0)};
+        return {true, false, countedBytes(name).value_or(0)};
       case EntryKind::regularFile:
         return {false, false, fileBytes(name)};
       case EntryKind::other:
@@ -95,7 +98,7 @@ class ColumnListing {
   }
 
   std::int64_t fileBytes(std::string_view name) {
-    if (const auto counted = counted_.bytesOf(name)) return *counted;
+    if (const auto counted = countedBytes(name)) return *counted;
     // Asked only here: the scan's own answer spares a column of counted files every look at the disk.
     const auto attributes = folder_.attributes(name);
     return attributes && attributes->kind == EntryKind::regularFile ? attributes->countedBytes() : 0;
@@ -122,21 +125,17 @@ class ColumnListing {
 
   /// The target's own entry or, should the link's name have been a file or folder when it was scanned, the name's.
   std::optional<std::int64_t> countedThroughLink(const LinkTarget& target, std::string_view name) {
-    const auto ofTarget = countedUnder(target.url.key());
-    return ofTarget ? ofTarget : counted_.bytesOf(name);
+    const auto ofTarget = linkTargets_.find(target.url.key());
+    return ofTarget ? ofTarget : countedBytes(name);
   }
 
-  /// As PathBytes::find. Links of one folder mostly lead into one folder, often their own, and a look-up inside a
-  /// folder that is at hand spares each of them the way down from the root.
-  std::optional<std::int64_t> countedUnder(const std::string& key) {
-    if (key == rootPath_) return pathBytes_.find(key);
-    const FileUrl target(key);
-    std::string parent = target.deletingLastPathComponent().path();
-    if (parent != targetsParent_) {
-      targets_ = pathBytes_.folder(parent);
-      targetsParent_ = std::move(parent);
+  /// What the scan counted under the row's own key.
+  std::optional<std::int64_t> countedBytes(std::string_view name) {
+    // The folder above the scan root holds one counted row, which is no child in the inventory: the root itself.
+    if (holdsRoot_ && parent_.appending(name).key() == inventory_.rootPath) {
+      return inventory_.pathBytes.find(inventory_.rootPath);
     }
-    return targets_.bytesOf(target.lastPathComponent());
+    return counted_.bytesOf(name);
   }
 
   /// Sorts rows of one size. Only they need keys, which cost more than all the rest of a row.
@@ -161,12 +160,11 @@ class ColumnListing {
 
   FileSystem& fileSystem_;
   const FileUrl& parent_;
-  const PathBytes& pathBytes_;
-  const std::string& rootPath_;
+  const SweepInventory& inventory_;
+  PathFinder linkTargets_;
   PathBytes::Folder counted_;
-  PathBytes::Folder targets_;  // of the folder that the last link led into
-  std::string targetsParent_;  // that folder's key
-  const bool partialMark_;     // one for the whole column
+  const bool holdsRoot_;
+  const bool partialMark_;  // one for the whole column
   OpenFolder& folder_;
   std::string names_;  // of all rows, side by side
   std::vector<Row> rows_;

@@ -16,6 +16,14 @@ std::optional<std::int64_t> FolderChildren::bytesOf(std::string_view name) {
   return inTable(name);
 }
 
+std::optional<PathTreeSnapshot::Place> FolderChildren::folderNamed(std::string_view name) {
+  if (nextFolder_ && tree_->name(*nextFolder_) == name) return nextFolder_;
+  if (table_.empty()) buildTable();
+  const Child child = slotFor(name);
+  if (!child.exists() || child.isFile()) return std::nullopt;
+  return tree_->placeOf(static_cast<PathTree::FolderIndex>(child.number()));
+}
+
 std::optional<std::int64_t> FolderChildren::underCursor(std::string_view name) {
   if (!nextFile_.atEnd()) {
     PathTreeFiles file = nextFile_;

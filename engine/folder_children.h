@@ -22,6 +22,9 @@ class FolderChildren {
   /// The bytes of the child `name`; none when it was not counted.
   std::optional<std::int64_t> bytesOf(std::string_view name);
 
+  /// The child folder `name`; none when nothing below it was counted.
+  std::optional<PathTreeSnapshot::Place> folderNamed(std::string_view name);
+
  private:
   using Place = PathTreeSnapshot::Place;
 

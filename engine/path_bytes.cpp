@@ -12,15 +12,6 @@ namespace {
 
 using Place = PathTreeSnapshot::Place;
 
-// What of `key` lies below the root, without the slash between them; none when the key lies elsewhere.
-std::optional<std::string_view> belowRoot(std::string_view key, std::string_view rootKey) {
-  if (!key.starts_with(rootKey)) return std::nullopt;
-  key.remove_prefix(rootKey.size());
-  if (rootKey.ends_with('/')) return key;
-  if (!key.starts_with('/')) return std::nullopt;
-  return key.substr(1);
-}
-
 // The folder that `path` leads to from `folder`.
 std::optional<Place> descend(const PathTreeSnapshot& tree, std::optional<Place> folder, std::string_view path) {
   for (std::size_t start = 0; folder && start <= path.size();) {
@@ -83,7 +74,7 @@ std::optional<std::int64_t> PathBytes::find(std::string_view key) const {
   const PathTreeSnapshot& tree = *snapshot_;
   const Place root = *tree.root();
   if (key == tree.name(root)) return tree.bytes(root);
-  const auto path = belowRoot(key, tree.name(root));
+  const auto path = tree.pathBelowRoot(key);
   if (!path) return std::nullopt;
   const std::size_t slash = path->rfind('/');
   const bool isChildOfRoot = slash == std::string_view::npos;
@@ -99,7 +90,7 @@ PathBytes::Folder PathBytes::folder(std::string_view key) const {
   const PathTreeSnapshot& tree = *snapshot_;
   std::optional<Place> place = tree.root();
   if (key != tree.name(*place)) {
-    const auto path = belowRoot(key, tree.name(*place));
+    const auto path = tree.pathBelowRoot(key);
     place = path ? descend(tree, place, *path) : std::nullopt;
   }
   return place ? Folder(std::make_unique<FolderChildren>(snapshot_, *place)) : Folder();

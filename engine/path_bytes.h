@@ -11,6 +11,7 @@
 namespace dunmere {
 
 class FolderChildren;
+class PathFinder;
 class PathTreeSnapshot;
 
 /// An immutable view of what a scan had counted at one moment: one entry for every counted file and one, the sum below
@@ -42,7 +43,7 @@ class PathBytes {
   explicit PathBytes(std::shared_ptr<const PathTreeSnapshot> snapshot) : snapshot_(std::move(snapshot)) {}
 
   /// Bytes under `key` (a path key, FileUrl::key()); none when the key has no entry. Costs a walk over the siblings on
-  /// each level: for a whole column use folder().
+  /// each level: for a whole column use folder(), for many keys a PathFinder.
   std::optional<std::int64_t> find(std::string_view key) const;
 
   /// The entries of one folder for a listing; an empty Folder when nothing below `key` was counted.
@@ -57,6 +58,8 @@ class PathBytes {
   void forEach(const std::function<void(std::string_view key, std::int64_t bytes)>& visit) const;
 
  private:
+  friend class PathFinder;
+
   std::shared_ptr<const PathTreeSnapshot> snapshot_;  // null: nothing was counted
 };
 

@@ -54,6 +54,15 @@ std::optional<PathTreeSnapshot::Place> PathTreeSnapshot::childNamed(const Place&
   return std::nullopt;
 }
 
+std::optional<std::string_view> PathTreeSnapshot::pathBelowRoot(std::string_view key) const {
+  const std::string_view rootKey = name(*root());
+  if (key == rootKey || !key.starts_with(rootKey)) return std::nullopt;
+  key.remove_prefix(rootKey.size());
+  if (rootKey.ends_with('/')) return key;
+  if (!key.starts_with('/')) return std::nullopt;
+  return key.substr(1);
+}
+
 std::string_view PathTreeSnapshot::name(const Place& folder) const {
   return fileAt(tree_->folders[folder.index].start).name;
 }

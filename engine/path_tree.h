@@ -97,6 +97,10 @@ class PathTreeSnapshot {
   std::optional<Place> nextChild(const Place& parent, const Place& child) const;
   std::optional<Place> childNamed(const Place& parent, std::string_view wanted) const;
 
+  /// What of the path key `key` lies below the root, without the slash between them; none when it lies elsewhere or is
+  /// the root's own. The tree is not empty.
+  std::optional<std::string_view> pathBelowRoot(std::string_view key) const;
+
   /// The name of a folder; of the root its whole key.
   std::string_view name(const Place& folder) const;
   std::int64_t bytes(const Place& folder) const;

@@ -59,6 +59,14 @@ TEST_F(ColumnListing, AFolderShowsTheSumOfAllBelowIt) {
   EXPECT_EQ(rowOf(scannedColumn(), "a").sizeBytes, 321);
 }
 
+TEST_F(ColumnListing, TheScanRootShowsItsSumInTheColumnAboveIt) {
+  fileSystem_.addFile("/root/a/x", 1);
+  fileSystem_.addFile("/other/y", 20);
+  const auto rows = columnOf(fileSystem_, "/", inventoryOfScan(fileSystem_, "/root"));
+  EXPECT_EQ(rowOf(rows, "root").sizeBytes, 1);
+  EXPECT_EQ(rowOf(rows, "other").sizeBytes, 0);
+}
+
 TEST_F(ColumnListing, AFolderWithoutStoredSizeShowsZero) {
   fileSystem_.addFolder("/root/empty");
   fileSystem_.addLink("/root/links/link", "/root/full/file");
