@@ -139,15 +139,16 @@ struct ScanJob {
   DiskSweeperScan::UpdateCallback onUpdate;
   const ScanOptions options;
   std::promise<ScanResult> promise;
+  SweepError noMemory = scanError(root, std::errc::not_enough_memory);  // made while there still is some
 };
 
-ScanResult scan(const ScanJob& job) {
+ScanResult scan(ScanJob& job) {
   job.fileSystem.enterUtilityPriority();
   try {
     ProgressiveScan progressiveScan(job.fileSystem, job.root, job.onUpdate);
     return progressiveScan.run(job.options.readers.value_or(kUsualReaders));
   } catch (const std::bad_alloc&) {
-    return std::unexpected(scanError(job.root, std::errc::not_enough_memory));
+    return std::unexpected(std::move(job.noMemory));
   }
 }
 

@@ -3,6 +3,9 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cstdint>
+#include <limits>
+
 namespace dunmere {
 
 namespace {
@@ -22,12 +25,17 @@ EntryKind kindOfMode(unsigned mode) {
   return EntryKind::other;
 }
 
+/// A server may claim any number; what is more than a byte count can hold counts as the largest one.
+std::int64_t bytesOf(std::uint64_t units, std::uint64_t unitBytes) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
+  return static_cast<std::int64_t>(units > kMost / unitBytes ? kMost : units * unitBytes);
+}
+
 EntryAttributes fileAttributes(const struct statx& status) {
-  constexpr std::int64_t kBlockBytes = 512;  // the unit of stx_blocks, whatever the file system's own block size
+  constexpr std::uint64_t kBlockBytes = 512;  // the unit of stx_blocks, whatever the file system's own block size
   EntryAttributes attributes{.kind = EntryKind::regularFile};
-  if (status.stx_mask & STATX_BLOCKS)
-    attributes.allocatedBytes = static_cast<std::int64_t>(status.stx_blocks) * kBlockBytes;
-  if (status.stx_mask & STATX_SIZE) attributes.logicalBytes = static_cast<std::int64_t>(status.stx_size);
+  if (status.stx_mask & STATX_BLOCKS) attributes.allocatedBytes = bytesOf(status.stx_blocks, kBlockBytes);
+  if (status.stx_mask & STATX_SIZE) attributes.logicalBytes = bytesOf(status.stx_size, 1);
   return attributes;
 }
 

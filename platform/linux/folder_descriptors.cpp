@@ -32,9 +32,10 @@ std::expected<FolderDescriptors::Pin, int> FolderDescriptors::adopt(Slot& slot, 
     const auto identity = Slot::identityOf(opened.get());
     if (!identity || identity != slot.identity_) return std::unexpected(ESTALE);
   }
+  // The list first: it may run out of memory, and a slot with a descriptor must have its place there.
+  slot.place_ = idle_.insert(idle_.end(), &slot);
   slot.descriptor_ = std::move(opened);
   ++slot.generation_;
-  slot.place_ = idle_.insert(idle_.end(), &slot);
   Pin pin = pinLocked(slot);
   keepToBudget();
   return pin;

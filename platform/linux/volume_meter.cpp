@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <set>
 #include <system_error>
@@ -42,19 +43,25 @@ std::expected<VolumeReading, int> VolumeMeter::measure(const std::string& mountP
 
   auto answer = std::make_shared<Answer>();
   const auto ask = [=, read = read_, shared = shared_] {
-    auto reading = read(path, device);
+    Answer reading;
+    try {
+      reading = read(path, device);
+    } catch (const std::exception&) {
+      reading = std::unexpected(ENOMEM);  // nothing else can fail there but as a value
+    }
     const std::lock_guard answering(shared->mutex);
     *answer = std::move(reading);
     shared->asked.erase(mountPoint);
     shared->stuck.erase(mountPoint);
     shared->answered.notify_all();
   };
+  shared_->asked.insert(mountPoint);
   try {
     std::thread(ask).detach();
   } catch (const std::system_error& error) {
+    shared_->asked.erase(mountPoint);
     return std::unexpected(error.code().value());
   }
-  shared_->asked.insert(mountPoint);
   if (!shared_->answered.wait_until(lock, deadline, [&] { return answer->has_value(); })) {
     shared_->stuck.insert(mountPoint);
     return std::unexpected(ETIMEDOUT);
