@@ -69,6 +69,7 @@ unsigned parseReaders(std::string_view text) {
 
 /// Prefixes the working directory and leaves the rest as it was typed, so that odd spellings reach the engine.
 std::string absolute(const std::string& path) {
+  if (path.empty()) badUsage("a path is empty");
   if (path.starts_with('/')) return path;
   std::error_code code;
   const std::string folder = std::filesystem::current_path(code).native();
