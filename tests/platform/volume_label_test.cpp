@@ -7,7 +7,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <map>
 #include <string>
+#include <vector>
 
 #include "tests/support/temporary_tree.h"
 
@@ -32,11 +35,38 @@ TEST(VolumeLabel, OnlyBlockDevicesHaveLabels) {
   EXPECT_EQ(labelOfDevice("/dev/nonexistent"), std::nullopt);
 }
 
+/// Paths of two of the machine's block devices with different numbers; fewer where it has no two.
+std::vector<std::string> twoDevicesOfTheMachine() {
+  std::map<dev_t, std::string> devices;
+  for (const auto& entry : std::filesystem::directory_iterator("/dev")) {
+    struct stat status {};
+    const std::string path = entry.path().native();
+    if (::stat(path.c_str(), &status) == 0 && S_ISBLK(status.st_mode)) devices.emplace(status.st_rdev, path);
+  }
+  std::vector<std::string> paths;
+  for (const auto& [number, path] : devices) {
+    if (paths.size() < 2) paths.push_back(path);
+  }
+  return paths;
+}
+
+/// Makes "device" and "other", which can be compared but not read: numbers that no driver has, or, since making one
+/// takes root, devices of the machine that this user may not read.
+void addTwoDevices(const TemporaryTree& tree) {
+  if (::geteuid() == 0) {
+    ASSERT_EQ(::mknod(tree.path("device").c_str(), S_IFBLK | 0600, makedev(60, 7)), 0);
+    ASSERT_EQ(::mknod(tree.path("other").c_str(), S_IFBLK | 0600, makedev(60, 8)), 0);
+    return;
+  }
+  const std::vector<std::string> devices = twoDevicesOfTheMachine();
+  ASSERT_EQ(devices.size(), 2U) << "without root this needs two block devices in /dev";
+  tree.link("device", devices[0]);
+  tree.link("other", devices[1]);
+}
+
 TEST(VolumeLabel, LinkToTheDeviceNamesIt) {
-  // Numbers that no driver has: the device cannot be read, only compared. Making one takes root.
   const TemporaryTree tree("/dev/shm");
-  ASSERT_EQ(::mknod(tree.path("device").c_str(), S_IFBLK | 0600, makedev(60, 7)), 0);
-  ASSERT_EQ(::mknod(tree.path("other").c_str(), S_IFBLK | 0600, makedev(60, 8)), 0);
+  ASSERT_NO_FATAL_FAILURE(addTwoDevices(tree));
   tree.link("alias", "device");
   tree.folder("by-label");
   const auto label = [&tree](std::string_view device) {
