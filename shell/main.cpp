@@ -42,6 +42,8 @@ int runWindow(dunmere::FileSystem& fileSystem, dunmere::Desktop& desktop, dunmer
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  // The window is small enough to start without shaders that were kept on disk.
+  QCoreApplication::setAttribute(Qt::AA_DisableShaderDiskCache);
   const QApplication application(argc, argv);
   describeApplication();
   const std::unique_ptr<dunmere::FileSystem> fileSystem = dunmere::makePlatformFileSystem();

@@ -43,6 +43,8 @@ std::optional<FileUrl> FolderChooser::choose(const std::string& message) const {
   dialog.setAcceptMode(QFileDialog::AcceptOpen);
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
+  // Qt's own dialog would otherwise rename folders and delete them for good.
+  dialog.setOption(QFileDialog::ReadOnly);
   placeAboveActiveWindow(dialog);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
   return folderAt(dialog.selectedFiles().constFirst());

@@ -4,6 +4,8 @@ import QtQuick
 Text {
     textFormat: Text.PlainText
     color: AppTheme.primaryText
+    // Also for a text that begins with right-to-left letters.
+    horizontalAlignment: Text.AlignLeft
     lineHeightMode: Text.FixedHeight
     lineHeight: AppTheme.lineHeight(font.pixelSize)
     font.pixelSize: 14

@@ -115,10 +115,12 @@ Rectangle {
             return Math.max(0, indexAt(0, contentY + 1));
         }
 
-        // Above the rows, so that no row that comes, goes or moves under a pressed button matters to it.
+        // Above the rows, so that no row that comes, goes or moves under a pressed button matters to it. It scrolls with
+        // them: what stands inside a ListView would otherwise stay where the view is.
         MouseArea {
             id: mouse
             objectName: "rowsMouse"
+            parent: list.contentItem
 
             property bool takesFocus: false
             property real pressedTop: 0

@@ -21,6 +21,9 @@ T.Popup {
     closePolicy: T.Popup.CloseOnEscape
     visible: viewModel.confirmTrash
 
+    // No button holds the keyboard until the user goes to one: a stray Space or Return must not answer the question.
+    onAboutToShow: contentItem.forceActiveFocus()
+
     // Closed by Escape, not by a button.
     onClosed: {
         if (root.viewModel.confirmTrash)

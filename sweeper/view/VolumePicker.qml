@@ -60,6 +60,7 @@ Item {
         // Above the rows, down to the list's end: a press beside the rows selects none.
         MouseArea {
             objectName: "volumeListMouse"
+            parent: list.contentItem
             y: list.originY
             width: list.width
             height: Math.max(list.contentHeight, list.height)
@@ -82,6 +83,16 @@ Item {
             root.viewModel.selectVolume(row);
             positionViewAtIndex(row, ListView.Contain);
         }
+    }
+
+    // A selected drive shows by its colour that the list holds the keyboard; without one the list does.
+    Rectangle {
+        objectName: "volumeListFocusRing"
+        anchors.fill: list
+        color: "transparent"
+        border.width: 2
+        border.color: AppTheme.focusRing
+        visible: list.activeFocus && root.viewModel.selectedVolume < 0
     }
 
     Divider {

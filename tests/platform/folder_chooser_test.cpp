@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -84,6 +85,18 @@ TEST_F(FolderChooserTest, TheDialogIsModalAndTakesOneFolderOnly) {
     EXPECT_EQ(dialog.fileMode(), QFileDialog::Directory);
     EXPECT_TRUE(dialog.testOption(QFileDialog::ShowDirsOnly));
     EXPECT_EQ(dialog.acceptMode(), QFileDialog::AcceptOpen);
+  });
+}
+
+TEST_F(FolderChooserTest, TheDialogNeitherRenamesNorDeletesFolders) {
+  makeFolder("inner");
+  choose([](QFileDialog& dialog) {
+    EXPECT_TRUE(dialog.testOption(QFileDialog::ReadOnly));
+    for (const char* const name : {"qt_delete_action", "qt_rename_action"}) {
+      const auto* const action = dialog.findChild<QAction*>(QString::fromLatin1(name));
+      ASSERT_NE(action, nullptr) << name;
+      EXPECT_FALSE(action->isEnabled()) << name;
+    }
   });
 }
 

@@ -180,6 +180,14 @@ TEST_F(SweeperViewModelTest, ColumnsOfTheSameFoldersKeepTheirRows) {
   EXPECT_EQ(viewModel_.columns()->findChildren<RowListModel*>().size(), 2) << "closed columns are destroyed";
 }
 
+TEST_F(SweeperViewModelTest, ARightToLeftNameDoesNotChangePlacesWithItsSize) {
+  fileSystem_.addFile("/root/שלום", 5'000'000);
+  sweep();
+  viewModel_.selectRow(0, 0);
+  EXPECT_FALSE(viewModel_.footerStatus().isRightToLeft());
+  EXPECT_TRUE(viewModel_.footerStatus().contains(QStringLiteral("שלום")));
+}
+
 TEST_F(SweeperViewModelTest, ANameThatIsNoTextReachesTheTrashByItsBytes) {
   fileSystem_.addFile("/root/\xff\xfe.bin", 5'000'000);
   sweep();

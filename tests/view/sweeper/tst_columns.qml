@@ -257,6 +257,22 @@ TestCase {
         verify(!findChild(item("sweeperColumn0"), "columnScrollBar").visible);
     }
 
+    function test_aClickInAScrolledColumnMeansTheRowUnderThePointer() {
+        harness.addFiles("/root/Movies", 100);
+        sweep();
+        mouseClick(row(0, "Movies"));
+        forceLayout(1);
+        const list = findChild(item("sweeperColumn1"), "rowList");
+        mouseWheel(list, 100, 100, 0, -480);
+        tryVerify(() => list.contentY > 100);
+        tryVerify(() => !list.moving);
+        const clicked = list.itemAt(100, list.contentY + 200);
+        verify(clicked.index > 7, "the column is not scrolled");
+        mouseClick(list, 100, 200);
+        verify(clicked.selected);
+        verify(harness.viewModel.footerStatus.startsWith(clicked.name + " / "));
+    }
+
     function test_theAreaScrollsSidewaysWhenColumnsOverflowAndNeverByItself() {
         sweep();
         const scroller = item("columnScroller");

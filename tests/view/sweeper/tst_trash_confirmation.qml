@@ -176,6 +176,22 @@ TestCase {
         compare(harness.trashed, []);
     }
 
+    function test_noButtonHoldsTheKeyboardWhenTheQuestionOpensAgain() {
+        harness.viewModel.requestTrash();
+        tryCompare(question, "opened", true);
+        keyClick(Qt.Key_Tab);
+        verify(part("trashConfirmMove").activeFocus);
+        keyClick(Qt.Key_Escape);
+        tryCompare(question, "visible", false);
+        harness.viewModel.requestTrash();
+        tryCompare(question, "opened", true);
+        keyClick(Qt.Key_Space);
+        keyClick(Qt.Key_Return);
+        verify(harness.viewModel.confirmTrash);
+        verify(!part("trashConfirmMove").activeFocus);
+        verify(!part("trashConfirmCancel").activeFocus);
+    }
+
     function test_tabStaysWithinTheQuestionAndSpacePresses() {
         select(0, "notes.txt");
         ask();

@@ -133,6 +133,29 @@ TestCase {
         verify(!highlight(0).visible);
     }
 
+    function test_aClickInAScrolledListMeansTheDriveUnderThePointer() {
+        for (let i = 10; i < 40; ++i)
+            harness.addVolume("/Volumes/Disk" + i, "Disk" + i, 2000, 1000);
+        harness.viewModel.appear();
+        const list = item("volumeList");
+        tryCompare(list, "count", 32);
+        list.contentY = 300;
+        waitForRendering(pane);
+        const clicked = list.itemAt(100, list.contentY + 60);
+        verify(clicked.index > 5, "the list is not scrolled");
+        mouseClick(list, 100, 60);
+        compare(harness.viewModel.selectedVolume, clicked.index);
+    }
+
+    function test_theListShowsItsFocusWhenNoDriveIsSelected() {
+        const ring = item("volumeListFocusRing");
+        verify(!ring.visible);
+        item("volumeList").forceActiveFocus();
+        verify(ring.visible);
+        keyClick(Qt.Key_Down);
+        verify(!ring.visible);
+    }
+
     function test_selectionTextKeepsItsColours() {
         mouseClick(item("volumeRow0"));
         compare(String(findChild(item("volumeRow0"), "volumeName").color), "#000000");
