@@ -1,42 +1,19 @@
 #include "platform/linux/linux_open_folder.h"
 
 #include <dirent.h>
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 #include <cstddef>
 #include <cstring>
-#include <ranges>
 #include <utility>
-#include <vector>
 
 #include "platform/linux/entry_status.h"
 #include "platform/linux/link_resolution.h"
-#include "platform/posix/open_path.h"
 
 namespace dunmere {
 
 namespace {
-
-constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
-
-/// Gives up one folder's share of its parent. A chain of ten thousand folders must not end in as many nested
-/// destructors: a destructor that runs inside another one only leaves its parent for the outermost one to release.
-void releaseInTurn(std::shared_ptr<LinuxOpenFolder> parent) noexcept {
-  thread_local std::shared_ptr<LinuxOpenFolder>* next = nullptr;
-  if (next != nullptr) {
-    *next = std::move(parent);
-    return;
-  }
-  next = &parent;
-  while (parent) {
-    std::shared_ptr<LinuxOpenFolder> current = std::move(parent);
-    current.reset();  // may set `parent` through `next`
-  }
-  next = nullptr;
-}
 
 /// Attributes of one directory record as far as `detail` asks for them; none when they cannot be read.
 std::optional<EntryAttributes> recordAttributes(int folder, const char* name, unsigned char type, EntryDetail detail) {
@@ -64,62 +41,13 @@ bool isDots(std::string_view name) {
 std::expected<std::shared_ptr<OpenFolder>, SweepError> LinuxOpenFolder::open(FolderDescriptors& descriptors,
                                                                              const FileUrl& url, EntryDetail detail) {
   auto folder = std::make_shared<LinuxOpenFolder>(descriptors, nullptr, url.bytes(), detail);
-  auto opened = openPath(url.bytes(), kFolderFlags);
-  if (!opened && (opened.error() == EMFILE || opened.error() == ENFILE)) {
-    descriptors.closeIdle();
-    opened = openPath(url.bytes(), kFolderFlags);
-  }
-  if (!opened) return std::unexpected(folder->failure(url, opened.error()));
-  auto pin = descriptors.adopt(folder->slot_, std::move(*opened));
-  if (!pin) return std::unexpected(folder->failure(url, pin.error()));
-  folder->rootPin_ = std::move(*pin);
+  if (auto opened = folder->openByPath(); !opened) return std::unexpected(std::move(opened.error()));
   return folder;
 }
 
-LinuxOpenFolder::LinuxOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<LinuxOpenFolder> parent,
+LinuxOpenFolder::LinuxOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent,
                                  std::string name, EntryDetail detail)
-    : descriptors_(descriptors),
-      parent_(std::move(parent)),
-      name_(std::move(name)),
-      detail_(detail),
-      slot_(descriptors) {}
-
-LinuxOpenFolder::~LinuxOpenFolder() {
-  releaseInTurn(std::move(parent_));
-}
-
-std::expected<FolderDescriptors::Pin, int> LinuxOpenFolder::descriptor() {
-  if (Pin pin = descriptors_.pin(slot_)) return pin;
-  return reopen();
-}
-
-std::expected<FolderDescriptors::Pin, int> LinuxOpenFolder::reopen() {
-  // Up to the nearest folder that is still open (the topmost always is), then down again, opening each on the way.
-  std::vector<LinuxOpenFolder*> closed;
-  Pin above;
-  for (LinuxOpenFolder* folder = this; !(above = descriptors_.pin(folder->slot_)); folder = folder->parent_.get()) {
-    closed.push_back(folder);
-  }
-  for (LinuxOpenFolder* folder : closed | std::views::reverse) {
-    auto opened = openEntry(above.descriptor(), folder->name_);
-    if (!opened) return std::unexpected(opened.error());
-    auto pin = descriptors_.adopt(folder->slot_, std::move(*opened));
-    if (!pin) return pin;
-    above = std::move(*pin);
-  }
-  return above;
-}
-
-std::expected<UniqueDescriptor, int> LinuxOpenFolder::openEntry(int folder, const std::string& name) const {
-  const auto open = [&] { return UniqueDescriptor(::openat(folder, name.c_str(), kFolderFlags | O_NOFOLLOW)); };
-  UniqueDescriptor opened = open();
-  if (!opened && (errno == EMFILE || errno == ENFILE)) {
-    descriptors_.closeIdle();
-    opened = open();
-  }
-  if (!opened) return std::unexpected(errno);
-  return opened;
-}
+    : PosixOpenFolder(descriptors, std::move(parent), std::move(name)), detail_(detail) {}
 
 std::expected<FolderDescriptors::Pin, int> LinuxOpenFolder::readingDescriptor() {
   auto pin = descriptor();
@@ -174,9 +102,8 @@ void LinuxOpenFolder::addEntries(int folder, std::string_view records, EntryBatc
 
 std::expected<std::shared_ptr<OpenFolder>, SweepError> LinuxOpenFolder::openChild(std::string_view name) {
   auto child =
-      std::make_shared<LinuxOpenFolder>(descriptors_, shared_from_this(), std::string(name), EntryDetail::sizes);
-  const auto pin = child->descriptor();
-  if (!pin) return std::unexpected(failure(url().appending(name), pin.error()));
+      std::make_shared<LinuxOpenFolder>(descriptors(), shared_from_this(), std::string(name), EntryDetail::sizes);
+  if (auto opened = child->openBelowParent(); !opened) return std::unexpected(std::move(opened.error()));
   return child;
 }
 
@@ -191,25 +118,6 @@ LinkTarget LinuxOpenFolder::resolveLink(std::string_view name) {
   const auto pin = descriptor();
   if (!pin) return target;
   return resolvedLink(pin->descriptor(), std::string(name), std::move(target.url));
-}
-
-FileUrl LinuxOpenFolder::url() const {
-  std::vector<const LinuxOpenFolder*> below;
-  const LinuxOpenFolder* folder = this;
-  for (; folder->parent_; folder = folder->parent_.get()) below.push_back(folder);
-  std::string path = folder->name_;
-  for (const LinuxOpenFolder* child : below | std::views::reverse) {
-    if (!path.ends_with('/')) path += '/';
-    path += child->name_;
-  }
-  return FileUrl(std::move(path));
-}
-
-SweepError LinuxOpenFolder::failure(FileUrl path, int error) const {
-  return {.attempt = SweepAttempt::openFolder,
-          .path = std::move(path),
-          .code = std::error_code(error, std::generic_category()),
-          .volumeName = {}};
 }
 
 }  // namespace dunmere

@@ -1,5 +1,5 @@
 // Which descriptors stay open, and which are given up.
-#include "platform/linux/folder_descriptors.h"
+#include "platform/posix/folder_descriptors.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -10,6 +10,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/posix/folder_identity.h"
 #include "platform/posix/unique_descriptor.h"
 
 namespace dunmere {
@@ -62,19 +63,11 @@ class FolderDescriptors::Slot {
  private:
   friend class FolderDescriptors;
 
-  /// What tells one folder from any other.
-  struct Identity {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    friend bool operator==(const Identity&, const Identity&) = default;
-  };
-  static std::optional<Identity> identityOf(int descriptor);
-
   // Guarded by the descriptors' mutex.
   FolderDescriptors& descriptors_;
   UniqueDescriptor descriptor_;
   bool wasClosed_ = false;
-  std::optional<Identity> identity_;  // known only once a descriptor had to be closed: most never are
+  std::optional<FolderIdentity> identity_;  // known only once a descriptor had to be closed: most never are
   std::uint64_t generation_ = 0;
   int pins_ = 0;
   std::list<Slot*>::iterator place_;

@@ -1,9 +1,6 @@
-#include "platform/linux/folder_descriptors.h"
+#include "platform/posix/folder_descriptors.h"
 
-#include <fcntl.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -18,18 +15,11 @@ std::size_t FolderDescriptors::budgetOfProcess() {
   return std::clamp<rlim_t>(limit.rlim_cur / 2, kLeast, kMost);
 }
 
-std::optional<FolderDescriptors::Slot::Identity> FolderDescriptors::Slot::identityOf(int descriptor) {
-  struct statx status {};
-  // The inode number never changes while the folder is open, so no server need be asked.
-  if (::statx(descriptor, "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_INO, &status) != 0) return std::nullopt;
-  return Identity{::gnu_dev_makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
-}
-
 std::expected<FolderDescriptors::Pin, int> FolderDescriptors::adopt(Slot& slot, UniqueDescriptor opened) {
   const std::lock_guard lock(mutex_);
   if (slot.descriptor_) return pinLocked(slot);
   if (slot.wasClosed_) {
-    const auto identity = Slot::identityOf(opened.get());
+    const auto identity = folderIdentity(opened.get());
     if (!identity || identity != slot.identity_) return std::unexpected(ESTALE);
   }
   // The list first: it may run out of memory, and a slot with a descriptor must have its place there.
@@ -82,7 +72,7 @@ void FolderDescriptors::keepToBudget() {
 
 void FolderDescriptors::evictOldest() {
   Slot& slot = *idle_.front();
-  slot.identity_ = Slot::identityOf(slot.descriptor_.get());
+  slot.identity_ = folderIdentity(slot.descriptor_.get());
   slot.wasClosed_ = true;
   idle_.pop_front();
   const UniqueDescriptor closing = std::move(slot.descriptor_);

@@ -1,0 +1,119 @@
+#include "platform/posix/posix_open_folder.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <ranges>
+#include <utility>
+#include <vector>
+
+#include "platform/posix/open_path.h"
+
+namespace dunmere {
+
+namespace {
+
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
+
+bool isOutOfDescriptors(int error) {
+  return error == EMFILE || error == ENFILE;
+}
+
+}  // namespace
+
+PosixOpenFolder::PosixOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent,
+                                 std::string name)
+    : descriptors_(descriptors), parent_(std::move(parent)), name_(std::move(name)), slot_(descriptors) {}
+
+PosixOpenFolder::~PosixOpenFolder() {
+  releaseInTurn(std::move(parent_));
+}
+
+/// Gives up one folder's share of its parent. A chain of ten thousand folders must not end in as many nested
+/// destructors: a destructor that runs inside another one only leaves its parent for the outermost one to release.
+void PosixOpenFolder::releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noexcept {
+  thread_local std::shared_ptr<PosixOpenFolder>* next = nullptr;
+  if (next != nullptr) {
+    *next = std::move(parent);
+    return;
+  }
+  next = &parent;
+  while (parent) {
+    std::shared_ptr<PosixOpenFolder> current = std::move(parent);
+    current.reset();  // may set `parent` through `next`
+  }
+  next = nullptr;
+}
+
+std::expected<void, SweepError> PosixOpenFolder::openByPath() {
+  auto opened = openPath(name_, kFolderFlags);
+  if (!opened && isOutOfDescriptors(opened.error())) {
+    descriptors_.closeIdle();
+    opened = openPath(name_, kFolderFlags);
+  }
+  if (!opened) return std::unexpected(failure(url(), opened.error()));
+  auto pin = descriptors_.adopt(slot_, std::move(*opened));
+  if (!pin) return std::unexpected(failure(url(), pin.error()));
+  rootPin_ = std::move(*pin);
+  return {};
+}
+
+std::expected<void, SweepError> PosixOpenFolder::openBelowParent() {
+  const auto pin = descriptor();
+  if (!pin) return std::unexpected(failure(url(), pin.error()));
+  return {};
+}
+
+std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::descriptor() {
+  if (Pin pin = descriptors_.pin(slot_)) return pin;
+  return reopen();
+}
+
+std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::reopen() {
+  // Up to the nearest folder that is still open (the topmost always is), then down again, opening each on the way.
+  std::vector<PosixOpenFolder*> closed;
+  Pin above;
+  for (PosixOpenFolder* folder = this; !(above = descriptors_.pin(folder->slot_)); folder = folder->parent_.get()) {
+    closed.push_back(folder);
+  }
+  for (PosixOpenFolder* folder : closed | std::views::reverse) {
+    auto opened = openEntry(above.descriptor(), folder->name_);
+    if (!opened) return std::unexpected(opened.error());
+    auto pin = descriptors_.adopt(folder->slot_, std::move(*opened));
+    if (!pin) return pin;
+    above = std::move(*pin);
+  }
+  return above;
+}
+
+std::expected<UniqueDescriptor, int> PosixOpenFolder::openEntry(int folder, const std::string& name) const {
+  const auto open = [&] { return UniqueDescriptor(::openat(folder, name.c_str(), kFolderFlags | O_NOFOLLOW)); };
+  UniqueDescriptor opened = open();
+  if (!opened && isOutOfDescriptors(errno)) {
+    descriptors_.closeIdle();
+    opened = open();
+  }
+  if (!opened) return std::unexpected(errno);
+  return opened;
+}
+
+FileUrl PosixOpenFolder::url() const {
+  std::vector<const PosixOpenFolder*> below;
+  const PosixOpenFolder* folder = this;
+  for (; folder->parent_; folder = folder->parent_.get()) below.push_back(folder);
+  std::string path = folder->name_;
+  for (const PosixOpenFolder* child : below | std::views::reverse) {
+    if (!path.ends_with('/')) path += '/';
+    path += child->name_;
+  }
+  return FileUrl(std::move(path));
+}
+
+SweepError PosixOpenFolder::failure(FileUrl path, int error) const {
+  return {.attempt = SweepAttempt::openFolder,
+          .path = std::move(path),
+          .code = std::error_code(error, std::generic_category()),
+          .volumeName = {}};
+}
+
+}  // namespace dunmere

@@ -1,0 +1,51 @@
+// PosixOpenFolder: one folder of a walk or a listing, held by a descriptor that may be given up and opened anew.
+#pragma once
+
+#include <expected>
+#include <memory>
+#include <string>
+
+#include "engine/file_system.h"
+#include "platform/posix/folder_descriptors.h"
+
+namespace dunmere {
+
+/// What every system's open folders share; how a folder is read and an entry looked up is left to the system's own
+/// class. Keeps the folders above it alive: when its descriptor was closed to save descriptors, it is opened anew from
+/// the nearest one above that is still open. Must not outlive `descriptors`.
+class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<PosixOpenFolder> {
+ public:
+  ~PosixOpenFolder() override;
+
+ protected:
+  using Pin = FolderDescriptors::Pin;
+
+  /// `name` is one below `parent`, or the whole path of a folder without one.
+  PosixOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent, std::string name);
+
+  /// Opens a folder without parent by its path, following links. Its descriptor stays open as long as it lives, since a
+  /// path may lead elsewhere later. To be called once, before anything else.
+  std::expected<void, SweepError> openByPath();
+  /// Opens a folder that has a parent; not if it is a link. To be called once, before anything else.
+  std::expected<void, SweepError> openBelowParent();
+
+  /// The open descriptor, opened anew if need be; at its first entry when its generation is another than before.
+  std::expected<Pin, int> descriptor();
+
+  FolderDescriptors& descriptors() const { return descriptors_; }
+  FileUrl url() const;
+  SweepError failure(FileUrl path, int error) const;
+
+ private:
+  std::expected<Pin, int> reopen();
+  std::expected<UniqueDescriptor, int> openEntry(int folder, const std::string& name) const;
+  static void releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noexcept;
+
+  FolderDescriptors& descriptors_;
+  std::shared_ptr<PosixOpenFolder> parent_;
+  const std::string name_;
+  FolderDescriptors::Slot slot_;
+  Pin rootPin_;  // set when there is no parent
+};
+
+}  // namespace dunmere
