@@ -8,6 +8,7 @@
 #include "platform/linux/mount_choice.h"
 #include "platform/linux/mount_table.h"
 #include "platform/linux/utility_priority.h"
+#include "platform/linux/volume_reading.h"
 #include "platform/platform_file_system.h"
 #include "platform/posix/home_folder.h"
 
@@ -47,7 +48,7 @@ std::unique_ptr<FileSystem> makePlatformFileSystem() {
 }
 
 LinuxFileSystem::LinuxFileSystem()
-    : descriptors_(FolderDescriptors::budgetOfProcess()), nameOrder_(IcuNameOrder::userLocale()) {}
+    : descriptors_(FolderDescriptors::budgetOfProcess()), meter_(readVolume), nameOrder_(IcuNameOrder::userLocale()) {}
 
 std::expected<std::shared_ptr<OpenFolder>, SweepError> LinuxFileSystem::openFolder(const FileUrl& url,
                                                                                    EntryDetail detail) {

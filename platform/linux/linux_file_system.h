@@ -3,8 +3,8 @@
 
 #include "engine/file_system.h"
 #include "platform/icu/icu_name_order.h"
-#include "platform/linux/volume_meter.h"
 #include "platform/posix/folder_descriptors.h"
+#include "platform/posix/volume_meter.h"
 
 namespace dunmere {
 

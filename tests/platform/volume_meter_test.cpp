@@ -1,5 +1,5 @@
 // Measuring volumes that answer, fail, answer late, or never do.
-#include "platform/linux/volume_meter.h"
+#include "platform/posix/volume_meter.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,8 @@
 #include <future>
 #include <memory>
 #include <thread>
+
+#include "platform/linux/volume_reading.h"
 
 namespace dunmere::test {
 namespace {
@@ -22,13 +24,20 @@ struct DeadVolume {
   std::atomic<int> answered = 0;
 };
 
+VolumeReading space(std::string label, std::int64_t totalBytes, std::int64_t availableBytes) {
+  return {.label = std::move(label),
+          .totalBytes = totalBytes,
+          .availableBytes = availableBytes,
+          .availableForImportantUsageBytes = std::nullopt};
+}
+
 VolumeMeter::Read readsFrom(const std::shared_ptr<DeadVolume>& dead) {
   return [dead](const std::string& path, const std::string&) -> std::expected<VolumeReading, int> {
-    if (path != "/dead") return VolumeReading{.label = "alive", .totalBytes = 10, .availableBytes = 4};
+    if (path != "/dead") return space("alive", 10, 4);
     ++dead->asked;
     dead->revived.wait();
     ++dead->answered;
-    return VolumeReading{.label = "back", .totalBytes = 20, .availableBytes = 5};
+    return space("back", 20, 5);
   };
 }
 
@@ -38,11 +47,10 @@ constexpr milliseconds kLong{60'000};
 TEST(VolumeMeter, AnswerIsPassedOn) {
   VolumeMeter meter(
       [](const std::string& path, const std::string& device) -> std::expected<VolumeReading, int> {
-        return VolumeReading{.label = path + " on " + device, .totalBytes = 1, .availableBytes = 2};
+        return space(path + " on " + device, 1, 2);
       },
       kLong);
-  EXPECT_EQ(meter.measure("/mnt", "/mnt/below", "/dev/x"),
-            (VolumeReading{.label = "/mnt/below on /dev/x", .totalBytes = 1, .availableBytes = 2}));
+  EXPECT_EQ(meter.measure("/mnt", "/mnt/below", "/dev/x"), space("/mnt/below on /dev/x", 1, 2));
 }
 
 TEST(VolumeMeter, FailureIsPassedOn) {
@@ -113,13 +121,13 @@ TEST(VolumeMeter, CallersOfOneVolumeTakeTurns) {
 }
 
 TEST(VolumeMeter, RealVolumeHasSpace) {
-  const auto reading = VolumeMeter::readVolume("/", "");
+  const auto reading = readVolume("/", "");
   ASSERT_TRUE(reading);
   EXPECT_GT(reading->totalBytes, 0);
   EXPECT_GE(reading->availableBytes, 0);
   EXPECT_LE(reading->availableBytes, reading->totalBytes);
   EXPECT_EQ(reading->label, std::nullopt);
-  EXPECT_EQ(VolumeMeter::readVolume("/nonexistent", "").error(), ENOENT);
+  EXPECT_EQ(readVolume("/nonexistent", "").error(), ENOENT);
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
-#include "platform/linux/volume_meter.h"
-
-#include <sys/statvfs.h>
+#include "platform/posix/volume_meter.h"
 
 #include <cerrno>
 #include <condition_variable>
@@ -10,8 +8,6 @@
 #include <system_error>
 #include <thread>
 #include <utility>
-
-#include "platform/linux/volume_label.h"
 
 namespace dunmere {
 
@@ -67,14 +63,6 @@ std::expected<VolumeReading, int> VolumeMeter::measure(const std::string& mountP
     return std::unexpected(ETIMEDOUT);
   }
   return **answer;
-}
-
-std::expected<VolumeReading, int> VolumeMeter::readVolume(const std::string& path, const std::string& device) {
-  struct statvfs space {};
-  if (::statvfs(path.c_str(), &space) != 0) return std::unexpected(errno);
-  const auto bytes = [&space](fsblkcnt_t blocks) { return static_cast<std::int64_t>(blocks * space.f_frsize); };
-  return VolumeReading{
-      .label = labelOfDevice(device), .totalBytes = bytes(space.f_blocks), .availableBytes = bytes(space.f_bavail)};
 }
 
 }  // namespace dunmere

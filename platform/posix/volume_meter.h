@@ -15,7 +15,8 @@ namespace dunmere {
 struct VolumeReading {
   std::optional<std::string> label;
   std::int64_t totalBytes = 0;
-  std::int64_t availableBytes = 0;  ///< to this user
+  std::int64_t availableBytes = 0;                              ///< to this user
+  std::optional<std::int64_t> availableForImportantUsageBytes;  ///< with what the system would clear
 
   friend bool operator==(const VolumeReading&, const VolumeReading&) = default;
 };
@@ -31,15 +32,12 @@ class VolumeMeter {
   /// The time after which a file system that answers at all has long done so.
   static constexpr std::chrono::milliseconds kPatience{1000};
 
-  explicit VolumeMeter(Read read = readVolume, std::chrono::milliseconds patience = kPatience);
+  explicit VolumeMeter(Read read, std::chrono::milliseconds patience = kPatience);
 
   /// `mountPoint` tells which volumes are known to be stuck. Fails with an errno value, ETIMEDOUT for no answer in
   /// time.
   std::expected<VolumeReading, int> measure(const std::string& mountPoint, const std::string& path,
                                             const std::string& device);
-
-  /// statvfs(3) and the label; may wait for ever.
-  static std::expected<VolumeReading, int> readVolume(const std::string& path, const std::string& device);
 
  private:
   struct Shared;
