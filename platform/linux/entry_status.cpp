@@ -4,7 +4,8 @@
 #include <sys/stat.h>
 
 #include <cstdint>
-#include <limits>
+
+#include "platform/posix/byte_count.h"
 
 namespace dunmere {
 
@@ -23,12 +24,6 @@ EntryKind kindOfMode(unsigned mode) {
   if (S_ISDIR(mode)) return EntryKind::folder;
   if (S_ISLNK(mode)) return EntryKind::symbolicLink;
   return EntryKind::other;
-}
-
-/// A server may claim any number; what is more than a byte count can hold counts as the largest one.
-std::int64_t bytesOf(std::uint64_t units, std::uint64_t unitBytes) {
-  constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
-  return static_cast<std::int64_t>(units > kMost / unitBytes ? kMost : units * unitBytes);
 }
 
 EntryAttributes fileAttributes(const struct statx& status) {

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/posix/path_below.h"
+
 namespace dunmere {
 
 namespace {

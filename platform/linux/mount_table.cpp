@@ -7,6 +7,8 @@
 #include <iterator>
 #include <memory>
 
+#include "platform/posix/path_below.h"
+
 namespace dunmere {
 
 namespace {
@@ -74,11 +76,6 @@ bool isReachable(const std::vector<MountEntry>& mounts, const MountEntry& mount)
 }
 
 }  // namespace
-
-bool isAtOrBelow(const std::string& path, const std::string& folder) {
-  if (folder == "/") return path.starts_with('/');
-  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
-}
 
 std::vector<MountEntry> withoutHiddenMounts(const std::vector<MountEntry>& mounts) {
   std::vector<MountEntry> reachable;

@@ -36,7 +36,4 @@ const MountEntry* mountHolding(const std::vector<MountEntry>& mounts, const std:
 /// Whether something is mounted exactly at `path`, a path as above, or anywhere below it. Lexical.
 bool isMountAtOrBelow(const std::vector<MountEntry>& mounts, const std::string& path);
 
-/// Whether `path` is `folder` or lies below it; both without trailing slash. Lexical.
-bool isAtOrBelow(const std::string& path, const std::string& folder);
-
 }  // namespace dunmere
