@@ -1,0 +1,158 @@
+// window_probe: measures one thing in the application's real window and prints it as JSON.
+//
+//   first-frame              when the first frame was on the screen, in nanoseconds of the monotonic clock
+//   sweep ROOT [NAME...]     frames of the window at rest and while it sweeps ROOT; each NAME is a folder to open as
+//   one
+//                            more column as soon as the sweep has begun
+//   column ROOT NAME         frames while the folder ROOT/NAME opens, a row in it is selected, and it is listed again
+//
+// --software paints without OpenGL. All times but the first are in seconds.
+#include <QApplication>
+#include <QQuickWindow>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "bench/json_text.h"
+#include "bench/window/frame_recorder.h"
+#include "bench/window/window_run.h"
+#include "engine/file_system.h"
+#include "platform/platform_file_system.h"
+
+namespace dunmere::bench {
+namespace {
+
+using std::chrono_literals::operator""ms;
+using Clock = FrameRecorder::Clock;
+
+constexpr int kBadUsage = 2;
+
+struct Options {
+  bool software = false;
+  std::string what;
+  std::string root = "/nonexistent";
+  std::vector<std::string> names;
+};
+
+Options parseOptions(const std::vector<std::string>& arguments) {
+  Options options;
+  std::vector<std::string> words;
+  for (const std::string& argument : arguments) {
+    if (argument == "--software") {
+      options.software = true;
+    } else {
+      words.push_back(argument);
+    }
+  }
+  const bool complete =
+      !words.empty() && ((words[0] == "first-frame" && words.size() == 1) ||
+                         (words[0] == "sweep" && words.size() >= 2) || (words[0] == "column" && words.size() == 3));
+  if (!complete) {
+    std::cerr << "usage: window_probe [--software] first-frame | sweep ROOT [NAME...] | column ROOT NAME\n";
+    std::exit(kBadUsage);
+  }
+  options.what = words[0];
+  if (words.size() > 1) options.root = words[1];
+  if (words.size() > 2) options.names.assign(words.begin() + 2, words.end());
+  return options;
+}
+
+/// Runs steps one after another and tells the frames of each.
+class Phases {
+ public:
+  Phases(WindowRun& window, JsonText& json) : window_(window), json_(json) {}
+
+  template <typename Step>
+  void measure(std::string_view name, Step step) {
+    const Clock::time_point start = Clock::now();
+    step();
+    const Clock::time_point end = Clock::now();
+    const std::size_t seen = window_.frames().frames();
+    while (window_.frames().frames() == seen) window_.run(5ms);
+    const FrameIntervals intervals = window_.frames().between(start, end);
+    json_.key(name).openObject();
+    json_.key("seconds").seconds(std::chrono::duration<double>(end - start).count());
+    json_.key("frames").integer(static_cast<std::int64_t>(intervals.count));
+    json_.key("median").seconds(intervals.median);
+    json_.key("percentile99").seconds(intervals.percentile99);
+    json_.key("longest").seconds(intervals.longest);
+    json_.closeObject();
+  }
+
+  void rest(std::string_view name) {
+    measure(name, [this] { window_.run(2000ms); });
+  }
+
+ private:
+  WindowRun& window_;
+  JsonText& json_;
+};
+
+void measureFirstFrame(FileSystem& fileSystem, const Options& options, JsonText& json) {
+  WindowRun window(fileSystem, options.root, false);
+  json.key("firstFrame").integer(std::chrono::nanoseconds(window.frames().firstFrame().time_since_epoch()).count());
+}
+
+void measureSweep(FileSystem& fileSystem, const Options& options, JsonText& json) {
+  WindowRun window(fileSystem, options.root, true);
+  Phases phases(window, json);
+  phases.rest("rest");
+  phases.measure("sweep", [&] {
+    window.pane().openFolderSweep();
+    for (const std::string& name : options.names) {
+      const int column = window.pane().columns()->count() - 1;
+      window.pane().selectRow(column, window.lastRowNamed(column, QString::fromStdString(name)));
+    }
+    window.runUntilSweepEnds();
+  });
+  json.key("status").text(window.pane().statusStripText().toStdString());
+}
+
+void measureColumn(FileSystem& fileSystem, const Options& options, JsonText& json) {
+  WindowRun window(fileSystem, options.root, true);
+  Phases phases(window, json);
+  window.pane().openFolderSweep();
+  window.runUntilSweepEnds();
+  const int row = window.lastRowNamed(0, QString::fromStdString(options.names.front()));
+  const auto selectAndRun = [&](int column, int selected) {
+    window.pane().selectRow(column, selected);
+    window.run(1000ms);
+  };
+  phases.rest("rest");
+  phases.measure("open", [&] { selectAndRun(0, row); });
+  phases.measure("select", [&] { selectAndRun(1, 50'000); });
+  phases.measure("listAgain", [&] {
+    window.pane().confirmedTrash();
+    window.run(1000ms);
+  });
+}
+
+void measure(FileSystem& fileSystem, const Options& options, JsonText& json) {
+  if (options.what == "first-frame") measureFirstFrame(fileSystem, options, json);
+  if (options.what == "sweep") measureSweep(fileSystem, options, json);
+  if (options.what == "column") measureColumn(fileSystem, options, json);
+}
+
+}  // namespace
+}  // namespace dunmere::bench
+
+int main(int argc, char* argv[]) {
+  using namespace dunmere;
+  const bench::Options options = bench::parseOptions({argv + 1, argv + argc});
+  QQuickWindow::setGraphicsApi(options.software ? QSGRendererInterface::Software : QSGRendererInterface::OpenGL);
+  QCoreApplication::setAttribute(Qt::AA_DisableShaderDiskCache);
+  const QApplication application(argc, argv);
+  const std::unique_ptr<FileSystem> fileSystem = makePlatformFileSystem();
+  JsonText json;
+  json.openObject();
+  bench::measure(*fileSystem, options, json);
+  json.closeObject();
+  std::cout << json.str() << std::endl;
+  std::_Exit(std::cout ? EXIT_SUCCESS : EXIT_FAILURE);
+}
