@@ -2,12 +2,15 @@
 // descriptors.
 #pragma once
 
+#include <cerrno>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <list>
 #include <mutex>
 #include <optional>
+#include <thread>
 #include <utility>
 
 #include "platform/posix/folder_identity.h"
@@ -16,7 +19,8 @@
 namespace dunmere {
 
 /// A descriptor in use is pinned. Of the others the one unused for longest is closed when more than `budget` are open;
-/// its folder notices, opens itself anew and hands the new descriptor in. Thread-safe.
+/// its folder notices, opens itself anew and hands the new descriptor in. When the process has none left, a thread that
+/// needs one waits for another to be done with its own. Thread-safe.
 class FolderDescriptors {
  public:
   class Slot;
@@ -29,6 +33,18 @@ class FolderDescriptors {
   /// few hundred open folders make no walk faster.
   static std::size_t budgetOfProcess();
 
+  /// Whether an errno value says that there is no descriptor left.
+  static bool isShortage(int error) { return error == EMFILE || error == ENFILE; }
+
+  /// Calls `open`, which opens files and gives a std::expected<..., int>. When it fails for want of a descriptor, calls
+  /// it again as other threads unpin theirs; the last such failure stands only when no other thread uses one. The
+  /// calling thread must have no pin.
+  template <typename Open>
+  auto openWhenPossible(Open open);
+
+  /// Hands `opened` to a slot that has none, and keeps it open as long as the slot lives.
+  void keep(Slot& slot, UniqueDescriptor opened);
+
   /// Hands `opened` to `slot`. If the slot got a descriptor meanwhile, that one stays and `opened` is closed. Fails
   /// with ESTALE when the slot held a descriptor before and `opened` is another folder.
   std::expected<Pin, int> adopt(Slot& slot, UniqueDescriptor opened);
@@ -40,17 +56,58 @@ class FolderDescriptors {
   void closeIdle();
 
  private:
+  class Waiting;
+  using Lock = std::unique_lock<std::mutex>;
+
   void release(Slot& slot);
   void forget(Slot& slot);
-  void evictOldest();
-  void keepToBudget();
+  bool waitForOthers();
+
+  // Under the lock. Closing gives it up meanwhile: it may take its time.
+  void closeOldest(Lock& lock);
+  void closeBeyondBudget(Lock& lock);
+  void close(UniqueDescriptor closing, Lock& lock);
+  void place(Slot& slot, std::list<Slot*>& list, UniqueDescriptor opened);
   Pin pinLocked(Slot& slot);
+  void endUse();
 
   const std::size_t budget_;
-  std::mutex mutex_;
+  std::mutex scarce_;  // held by the one thread that waits for a descriptor; taken before mutex_
+
+  std::mutex mutex_;         // guards all below
   std::list<Slot*> idle_;    // unused for longest first
-  std::list<Slot*> pinned_;  // in no order
+  std::list<Slot*> pinned_;  // in no order; with those that are kept
+  int uses_ = 0;             // descriptors that will soon be idle or closed: pinned ones, and those being closed
+  std::optional<std::thread::id> waiting_;
+  bool othersEnded_ = false;  // a use by another thread than the waiting one
+  std::condition_variable useEnded_;
 };
+
+/// Makes the calling thread the one that waits for a descriptor. One at a time: of several that each hold what the
+/// others need, none would ever get on.
+class FolderDescriptors::Waiting {
+ public:
+  explicit Waiting(FolderDescriptors& descriptors);
+  ~Waiting();
+  Waiting(const Waiting&) = delete;
+  Waiting& operator=(const Waiting&) = delete;
+
+ private:
+  FolderDescriptors& descriptors_;
+  const std::lock_guard<std::mutex> alone_;
+};
+
+template <typename Open>
+auto FolderDescriptors::openWhenPossible(Open open) {
+  auto result = open();
+  if (result || !isShortage(result.error())) return result;
+  const Waiting waiting(*this);
+  do {
+    closeIdle();
+    result = open();
+  } while (!result && isShortage(result.error()) && waitForOthers());
+  return result;
+}
 
 /// One folder's place among the descriptors. Lives as long as the folder; must not outlive `descriptors`.
 class FolderDescriptors::Slot {

@@ -15,10 +15,6 @@ namespace {
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
 
-bool isOutOfDescriptors(int error) {
-  return error == EMFILE || error == ENFILE;
-}
-
 }  // namespace
 
 PosixOpenFolder::PosixOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent,
@@ -46,15 +42,9 @@ void PosixOpenFolder::releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noe
 }
 
 std::expected<void, SweepError> PosixOpenFolder::openByPath() {
-  auto opened = openPath(name_, kFolderFlags);
-  if (!opened && isOutOfDescriptors(opened.error())) {
-    descriptors_.closeIdle();
-    opened = openPath(name_, kFolderFlags);
-  }
+  auto opened = descriptors_.openWhenPossible([this] { return openPath(name_, kFolderFlags); });
   if (!opened) return std::unexpected(failure(url(), opened.error()));
-  auto pin = descriptors_.adopt(slot_, std::move(*opened));
-  if (!pin) return std::unexpected(failure(url(), pin.error()));
-  rootPin_ = std::move(*pin);
+  descriptors_.keep(slot_, std::move(*opened));
   return {};
 }
 
@@ -65,11 +55,11 @@ std::expected<void, SweepError> PosixOpenFolder::openBelowParent() {
 }
 
 std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::descriptor() {
-  if (Pin pin = descriptors_.pin(slot_)) return pin;
-  return reopen();
+  return descriptors_.openWhenPossible([this] { return pinOrReopen(); });
 }
 
-std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::reopen() {
+std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::pinOrReopen() {
+  if (Pin pin = descriptors_.pin(slot_)) return pin;
   // Up to the nearest folder that is still open (the topmost always is), then down again, opening each on the way.
   std::vector<PosixOpenFolder*> closed;
   Pin above;
@@ -89,7 +79,8 @@ std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::reopen() {
 std::expected<UniqueDescriptor, int> PosixOpenFolder::openEntry(int folder, const std::string& name) const {
   const auto open = [&] { return UniqueDescriptor(::openat(folder, name.c_str(), kFolderFlags | O_NOFOLLOW)); };
   UniqueDescriptor opened = open();
-  if (!opened && isOutOfDescriptors(errno)) {
+  if (!opened && FolderDescriptors::isShortage(errno)) {
+    // Those opened on the way here may have been the last ones.
     descriptors_.closeIdle();
     opened = open();
   }

@@ -37,7 +37,7 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
   SweepError failure(FileUrl path, int error) const;
 
  private:
-  std::expected<Pin, int> reopen();
+  std::expected<Pin, int> pinOrReopen();
   std::expected<UniqueDescriptor, int> openEntry(int folder, const std::string& name) const;
   static void releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noexcept;
 
@@ -45,7 +45,6 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
   std::shared_ptr<PosixOpenFolder> parent_;
   const std::string name_;
   FolderDescriptors::Slot slot_;
-  Pin rootPin_;  // set when there is no parent
 };
 
 }  // namespace dunmere
