@@ -1,5 +1,4 @@
 // sweep_once: runs the engine once on a real tree and prints what it found as one line of JSON.
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -9,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -17,6 +15,7 @@
 #include <vector>
 
 #include "bench/json_text.h"
+#include "bench/peak_memory.h"
 #include "engine/disk_sweeper_scan.h"
 #include "platform/platform_file_system.h"
 #include "sweeper/error_text.h"
@@ -105,16 +104,6 @@ Options parseOptions(const std::vector<std::string>& arguments) {
   return options;
 }
 
-/// The largest resident size of this process so far, in bytes. Not getrusage(): its ru_maxrss counts the program that
-/// started this one.
-std::int64_t peakRssBytes() {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.starts_with("VmHWM:")) return std::strtoll(line.c_str() + 6, nullptr, 10) * 1024;
-  }
-  fail("/proc/self/status names no peak");
-}
-
 double secondsSince(std::chrono::steady_clock::time_point start) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
@@ -133,6 +122,12 @@ struct Sweep {
   std::int64_t peakRssBytes;
 };
 
+std::int64_t peakRss() {
+  const auto bytes = dunmere::peakRssBytes();
+  if (!bytes) fail("the system tells no peak of this process's memory");
+  return *bytes;
+}
+
 Sweep sweep(dunmere::FileSystem& fileSystem, const Options& options) {
   std::vector<SnapshotCounters> snapshots;
   SweepInventory latest;  // held over the next snapshot, as an interface does
@@ -146,7 +141,7 @@ Sweep sweep(dunmere::FileSystem& fileSystem, const Options& options) {
   auto result = DiskSweeperScan::runProgressiveScan(fileSystem, FileUrl(options.root), onUpdate, scanOptions).get();
   const double seconds = secondsSince(start);
   if (!result) fail(dunmere::errorText(result.error()));
-  return {*result, std::move(snapshots), seconds, peakRssBytes()};
+  return {*result, std::move(snapshots), seconds, peakRss()};
 }
 
 void writeDump(const std::string& file, const SweepInventory& inventory) {

@@ -11,6 +11,13 @@ namespace dunmere {
 
 namespace {
 
+/// A hop needs no permission but to go through it.
+#ifdef O_PATH
+constexpr int kHopFlags = O_PATH | O_DIRECTORY;
+#else
+constexpr int kHopFlags = O_SEARCH;
+#endif
+
 std::expected<UniqueDescriptor, int> openAt(int folder, std::string_view path, int flags) {
   // What is left after the last hop may be nothing but slashes: the hop itself is meant.
   const std::string terminated(path.empty() ? "." : path);
@@ -28,7 +35,7 @@ std::expected<UniqueDescriptor, int> openPath(std::string_view path, int flags) 
   while (path.size() >= PATH_MAX) {
     const std::size_t end = path.rfind('/', PATH_MAX - 1);
     if (end == std::string_view::npos || end == 0) return std::unexpected(ENAMETOOLONG);
-    auto next = openAt(hop ? hop.get() : AT_FDCWD, path.substr(0, end), O_PATH | O_DIRECTORY);
+    auto next = openAt(hop ? hop.get() : AT_FDCWD, path.substr(0, end), kHopFlags);
     if (!next) return next;
     hop = std::move(*next);
     path.remove_prefix(std::min(path.find_first_not_of('/', end), path.size()));

@@ -1,0 +1,51 @@
+// Objective-C from C++: messages to the system's objects through the runtime's C interface.
+#pragma once
+
+#include <objc/message.h>
+#include <objc/runtime.h>
+
+#include <string>
+#include <string_view>
+
+// The two calls that an @autoreleasepool block becomes. Their names are part of the runtime's stable binary interface,
+// though no header declares them.
+extern "C" void* objc_autoreleasePoolPush(void);
+extern "C" void objc_autoreleasePoolPop(void* pool);
+
+namespace dunmere::objective_c {
+
+/// What is autoreleased on this thread lives until the pool goes. Every use of this file's functions needs one around.
+class AutoreleasePool {
+ public:
+  AutoreleasePool() : pool_(objc_autoreleasePoolPush()) {}
+  ~AutoreleasePool() { objc_autoreleasePoolPop(pool_); }
+  AutoreleasePool(const AutoreleasePool&) = delete;
+  AutoreleasePool& operator=(const AutoreleasePool&) = delete;
+
+ private:
+  void* const pool_;
+};
+
+/// [receiver selector:arguments…]. The types are the caller's word: they must be those of the method, to the letter. A
+/// message to nil does nothing and gives zero.
+template <typename Result = id, typename... Arguments>
+Result send(id receiver, const char* selector, Arguments... arguments) {
+  const auto message = reinterpret_cast<Result (*)(id, SEL, Arguments...)>(objc_msgSend);
+  return message(receiver, sel_registerName(selector), arguments...);
+}
+
+/// The class as a receiver of messages; nil when the system has none of this name.
+inline id classNamed(const char* name) {
+  return reinterpret_cast<id>(objc_getClass(name));
+}
+
+/// An NSString. `text` is UTF-8; nil when it is not.
+id stringOf(const std::string& text);
+
+/// The UTF-8 text of an NSString; empty for nil.
+std::string textOf(id string);
+
+/// A file URL of exactly these bytes; nil when the system takes them for no path. `path` is absolute.
+id fileUrlOf(const std::string& path);
+
+}  // namespace dunmere::objective_c
