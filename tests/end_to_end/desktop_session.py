@@ -4,6 +4,7 @@ Things on the screen are found through the accessibility bus, by role and name, 
 used with a real pointer and real keys. Nothing here waits for a fixed time: every wait ends when its condition holds.
 """
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -159,9 +160,17 @@ class DesktopSession:
         return path
 
     def picture_of_active_window(self, name):
-        number = subprocess.run(["xdotool", "getactivewindow"], env=self.environment, check=True,
-                                stdout=subprocess.PIPE, text=True).stdout.strip()
-        return self.picture(name, number)
+        return self.picture(name, self._active_window())
+
+    def properties_of_active_window(self):
+        """What the program tells the desktop about its window: X11 property names and their values as text."""
+        listing = subprocess.run(["obxprop", "--id", self._active_window()], env=self.environment, check=True,
+                                 stdout=subprocess.PIPE, text=True).stdout
+        return dict(re.findall(r"^(\w+)\(\w+\) = (.*)$", listing, re.MULTILINE))
+
+    def _active_window(self):
+        return subprocess.run(["xdotool", "getactivewindow"], env=self.environment, check=True,
+                              stdout=subprocess.PIPE, text=True).stdout.strip()
 
     def all_seen(self, role, matches, inside=None):
         """Every visible thing of this role whose name `matches`, in the order of the accessibility tree."""

@@ -6,6 +6,7 @@ import json
 import os
 import shutil
 import subprocess
+import tempfile
 import time
 import unittest
 import urllib.parse
@@ -162,6 +163,33 @@ class SweepTest(EndToEndTest):
         window.press("Drives…")
         window.button("Open Folder…")
         self.assertEqual(window.columns(), [])
+        self.close_and_check()
+
+
+class MenuTest(EndToEndTest):
+    def setUp(self):
+        self.installed = tempfile.mkdtemp(prefix="dunmere-installed-")
+        self.addCleanup(shutil.rmtree, self.installed)
+        subprocess.run([os.environ["CMAKE_COMMAND"], "--install", os.environ["BUILD"], "--prefix", self.installed],
+                       check=True, stdout=subprocess.DEVNULL)
+        os.environ["XDG_DATA_DIRS"] = os.path.join(self.installed, "share")
+        os.environ["PATH"] = os.path.join(self.installed, "bin") + os.pathsep + os.environ["PATH"]
+        super().setUp()
+
+    def test_the_menu_finds_the_program_by_name_and_knows_its_window(self):
+        from gi.repository import Gio  # only now: it reads the environment when it is loaded
+        self.assertEqual(Gio.DesktopAppInfo.search("dunmere"), [["dunmere.desktop"]])
+        entry = Gio.DesktopAppInfo.new("dunmere.desktop")
+        self.assertEqual(entry.get_display_name(), "Dunmere")
+        self.assertTrue(entry.should_show())
+
+        self.window = DunmereWindow(self.session, shutil.which(entry.get_executable()))
+        self.window.button("Open Folder…")
+        # What a desktop goes by to show the window under the entry's name and icon.
+        properties = self.session.properties_of_active_window()
+        self.assertEqual(properties["WM_CLASS"], f'"{entry.get_startup_wm_class()}", "{entry.get_startup_wm_class()}"')
+        self.assertEqual(properties["_NET_WM_NAME"], f'"{entry.get_display_name()}"')
+        self.assertIn("_NET_WM_ICON", properties)
         self.close_and_check()
 
 
