@@ -2,6 +2,7 @@
 #pragma once
 
 #include <expected>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -9,6 +10,18 @@
 #include "engine/sweep_error.h"
 
 namespace dunmere {
+
+/// One item that the user is asked about: it stays that very item while something else takes its place. Lives and is
+/// called on the main thread only.
+class TrashableItem {
+ public:
+  virtual ~TrashableItem() = default;
+
+  /// Moves the item (a link itself, never its target) to the user's Trash and waits for it. After a failure the item is
+  /// where it was. Codes: ENOTSUP the volume has no Trash (volumeName is set), EBUSY a volume is mounted at or below
+  /// the item, ESTALE another item has taken its place, otherwise the system's own.
+  virtual std::expected<void, SweepError> moveToTrash() = 0;
+};
 
 /// Called on the main thread only.
 class Desktop {
@@ -21,10 +34,9 @@ class Desktop {
   /// Shows exactly this item, selected, in the file manager. No result; a failure shows nothing.
   virtual void reveal(const FileUrl& url) = 0;
 
-  /// Moves the item (a link itself, never its target) to the user's Trash and waits for it. After a failure the item is
-  /// where it was. Codes: ENOTSUP the volume has no Trash (volumeName is set), EBUSY a volume is mounted at or below
-  /// the item, otherwise the system's own.
-  virtual std::expected<void, SweepError> moveToTrash(const FileUrl& url) = 0;
+  /// Holds the item that is at `url` now. Never null: where there is none, its moveToTrash() fails. Must not outlive
+  /// this object; kept for as long as a question is open and no longer, since it keeps its volume from being unmounted.
+  virtual std::unique_ptr<TrashableItem> holdItem(const FileUrl& url) = 0;
 };
 
 }  // namespace dunmere

@@ -25,6 +25,7 @@ void DiskSweeperPane::setListener(Listener listener) {
 }
 
 void DiskSweeperPane::changed() {
+  followQuestion();
   if (listener_) listener_();
 }
 

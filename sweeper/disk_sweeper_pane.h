@@ -100,13 +100,19 @@ class DiskSweeperPane {
   void requestTrash();    ///< the trash button: raises confirmTrash
   void dismissTrash();    ///< "Cancel" or dismissal: lowers confirmTrash
   void confirmedTrash();  ///< "Move to Trash": lowers confirmTrash, then performTrash
-  void performTrash();
+  void performTrash();    ///< moves what the question names; without a question, what is selected
   void reveal();
 
   // Texts of the picker.
   static std::string volumeDetailText(const SweeperVolume& volume);  ///< "… free, … used, … total"
 
  private:
+  /// What the trash question names, and that very item.
+  struct TrashCandidate {
+    FileUrl url;
+    std::unique_ptr<TrashableItem> item;
+  };
+
   // Each action is told to the listener once, so what actions share is kept apart from the telling.
   void clearSweep();
   bool answerPendingRequest();
@@ -118,6 +124,8 @@ class DiskSweeperPane {
   void listColumn(std::ptrdiff_t depth, ColumnLoadId id, const SweepInventory& inventory);
   void cutColumns(std::size_t count);
   void openColumn(const FileUrl& folder);
+  void holdCandidate(const FileUrl& url);
+  void followQuestion();
   void trashSelection();
   void changed();
 
@@ -141,6 +149,7 @@ class DiskSweeperPane {
   std::int64_t scanFileCount_ = 0;
   std::int64_t scanBytesSoFar_ = 0;
   bool confirmTrash_ = false;
+  std::optional<TrashCandidate> trashCandidate_;
 };
 
 }  // namespace dunmere

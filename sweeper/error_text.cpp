@@ -32,6 +32,10 @@ bool isOutOfSpace(const std::error_code& code) {
   return code == std::errc::no_space_on_device || code == std::error_code(EDQUOT, std::generic_category());
 }
 
+bool isReplaced(const std::error_code& code) {
+  return code == std::error_code(ESTALE, std::generic_category());  // no std::errc name either
+}
+
 std::string moveToTrashText(const SweepError& error) {
   const std::string name = error.path.lastPathComponent();
   const std::string failure = quoted(name) + " couldn’t be moved to the trash";
@@ -46,6 +50,7 @@ std::string moveToTrashText(const SweepError& error) {
   }
   if (isOutOfSpace(code)) return "You can’t save the file " + quoted(name) + " because there isn’t enough space.";
   if (code == std::errc::filename_too_long) return failure + " because its name is too long.";
+  if (isReplaced(code)) return failure + " because something else has taken its place.";
   if (code == std::errc::device_or_resource_busy) return failure + " because a volume is mounted in it.";
   return failure + ".";
 }

@@ -74,12 +74,27 @@ void DiskSweeperPane::performTrash() {
   changed();
 }
 
+void DiskSweeperPane::holdCandidate(const FileUrl& url) {
+  if (!trashCandidate_ || trashCandidate_->url != url) trashCandidate_ = {url, desktop_.holdItem(url)};
+}
+
+/// Before the views learn what the question names it is held: what takes its place while the user thinks is not moved.
+void DiskSweeperPane::followQuestion() {
+  const FileUrl* target = confirmTrash_ ? revealURL() : nullptr;
+  if (target) {
+    holdCandidate(*target);
+  } else {
+    trashCandidate_.reset();
+  }
+}
+
 void DiskSweeperPane::trashSelection() {
   const FileUrl* target = revealURL();
   if (!target) return;
   const FileUrl url = *target;
   loadError_.reset();
-  if (const auto moved = desktop_.moveToTrash(url); !moved) {
+  holdCandidate(url);
+  if (const auto moved = trashCandidate_->item->moveToTrash(); !moved) {
     loadError_ = errorText(moved.error());
     return;
   }

@@ -19,6 +19,12 @@
 
 namespace dunmere::bench {
 
+/// Says that it was moved and stays where it is.
+class UnmovedItem : public TrashableItem {
+ public:
+  std::expected<void, SweepError> moveToTrash() override { return {}; }
+};
+
 /// Chooses one folder without asking; its Trash takes everything and leaves it where it is.
 class ScriptedDesktop : public Desktop {
  public:
@@ -26,7 +32,7 @@ class ScriptedDesktop : public Desktop {
 
   std::optional<FileUrl> chooseFolder(const std::string&) override { return folder_; }
   void reveal(const FileUrl&) override {}
-  std::expected<void, SweepError> moveToTrash(const FileUrl&) override { return {}; }
+  std::unique_ptr<TrashableItem> holdItem(const FileUrl&) override { return std::make_unique<UnmovedItem>(); }
 
  private:
   FileUrl folder_;

@@ -6,8 +6,7 @@
 
 namespace dunmere {
 
-/// "file://" and the absolute `path` with every byte percent-encoded but '/' and RFC 3986's unreserved characters, so
-/// that the exact bytes arrive whatever their encoding. Pure ASCII. Any thread.
+/// "file://" and the absolute `path`, percent-encoded. Any thread.
 std::string fileUri(std::string_view path);
 
 }  // namespace dunmere

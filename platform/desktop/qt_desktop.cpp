@@ -19,8 +19,8 @@ void QtDesktop::reveal(const FileUrl& url) {
   fileManager_->reveal(url);
 }
 
-std::expected<void, SweepError> QtDesktop::moveToTrash(const FileUrl& url) {
-  return trash_.moveItem(url);
+std::unique_ptr<TrashableItem> QtDesktop::holdItem(const FileUrl& url) {
+  return trash_.hold(url);
 }
 
 }  // namespace dunmere

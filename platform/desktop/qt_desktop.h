@@ -1,7 +1,6 @@
 // QtDesktop: the user's desktop: a folder dialog, the file manager and the Trash.
 #pragma once
 
-#include <expected>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,7 +24,7 @@ class QtDesktop : public Desktop {
 
   std::optional<FileUrl> chooseFolder(const std::string& message) override;
   void reveal(const FileUrl& url) override;
-  std::expected<void, SweepError> moveToTrash(const FileUrl& url) override;
+  std::unique_ptr<TrashableItem> holdItem(const FileUrl& url) override;
 
  private:
   FolderChooser folderChooser_;

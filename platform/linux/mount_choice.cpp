@@ -32,11 +32,6 @@ bool isImageOrLayer(std::string_view fileSystem) {
   return isOneOf(kTypes, fileSystem);
 }
 
-bool holdsUserFiles(const MountEntry& mount) {
-  if (isImageOrLayer(mount.fileSystem) || mount.fileSystem == "swap") return false;
-  return isShare(mount) || !mount.isPseudo;
-}
-
 /// Not a bind mount: that shows a folder a second time.
 bool isWholeVolume(const MountEntry& mount) {
   if (mount.root == "/") return true;
@@ -76,6 +71,11 @@ bool isDetached(std::string_view mountPoint) {
 }
 
 }  // namespace
+
+bool holdsUserFiles(const MountEntry& mount) {
+  if (isImageOrLayer(mount.fileSystem) || mount.fileSystem == "swap") return false;
+  return isShare(mount) || !mount.isPseudo;
+}
 
 bool isOfferedMount(const MountEntry& mount) {
   if (mount.mountPoint == "/")

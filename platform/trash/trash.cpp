@@ -1,78 +1,131 @@
 #include "platform/trash/trash.h"
 
-#include <sys/statvfs.h>
-#include <unistd.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
 
 #include <cerrno>
-#include <string>
+#include <ctime>
+#include <expected>
 #include <system_error>
+#include <utility>
 #include <vector>
 
+#include "platform/linux/mount_choice.h"
 #include "platform/linux/mount_table.h"
-#include "platform/trash/gio_trash.h"
-#include "platform/trash/located_item.h"
-#include "platform/trash/trashed_item.h"
+#include "platform/posix/system_code.h"
+#include "platform/trash/held_item.h"
+#include "platform/trash/trash_folder.h"
+#include "platform/trash/trash_record.h"
 
 namespace dunmere {
 
 namespace {
 
-std::error_code codeOf(int number) {
-  return {number, std::generic_category()};
+std::error_code renameOntoNothing(const UniqueDescriptor& fromFolder, const std::string& from,
+                                  const UniqueDescriptor& toFolder, const std::string& to) {
+  if (renameat2(fromFolder.get(), from.c_str(), toFolder.get(), to.c_str(), RENAME_NOREPLACE) == 0) return {};
+  if (errno != EINVAL) return systemCode(errno);
+  // A file system that knows only the plain rename. It is used on names that nobody else has reason to take.
+  struct stat taken {};
+  if (fstatat(toFolder.get(), to.c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0) return systemCode(EEXIST);
+  if (renameat(fromFolder.get(), from.c_str(), toFolder.get(), to.c_str()) == 0) return {};
+  return systemCode(errno);
 }
 
-/// Why the volume could take no record of the item's origin. The Trash lies on the item's own volume, always: GIO only
-/// renames. A volume that does not count its blocks says 0 for their total. Free inodes need no look: without one GIO
-/// cannot even begin.
-std::error_code volumeRefusal(const UniqueDescriptor& folder) {
-  struct statvfs volume {};
-  if (fstatvfs(folder.get(), &volume) != 0) return codeOf(errno);
-  if ((volume.f_flag & ST_RDONLY) != 0) return codeOf(EROFS);
-  const bool mayUseReserve = geteuid() == 0;
-  const auto freeBlocks = mayUseReserve ? volume.f_bfree : volume.f_bavail;
-  if (volume.f_blocks > 0 && freeBlocks == 0) return codeOf(ENOSPC);
-  return {};
+/// The two ends of one move.
+struct Move {
+  const HeldItem& held;
+  const TrashFolder& trash;
+  std::string recordText;
+};
+
+/// EEXIST when the Trash has something of that name already.
+std::error_code moveAs(const Move& move, const std::string& name) {
+  const HeldItem& held = move.held;
+  auto record = TrashRecord::write(move.trash, name, move.recordText);
+  if (!record) return record.error();
+  if (const auto code = renameOntoNothing(held.folder, held.name, move.trash.files, name)) return code;
+  const auto isRightOne = isHeldItem(held, move.trash.files, name);
+  if (isRightOne == true) {
+    record->keep();
+    return {};
+  }
+  // Where it cannot go back, its record must stay with it.
+  if (renameOntoNothing(move.trash.files, name, held.folder, held.name)) record->keep();
+  return isRightOne ? systemCode(ESTALE) : isRightOne.error();
 }
 
-/// What a reported success is worth.
-std::error_code checkMoved(const LocatedItem& located) {
-  const auto stillThere = isAtItsPlace(located);
-  if (!stillThere) return stillThere.error();
-  if (*stillThere) return codeOf(EIO);
-  const auto trashed = findInTrash(located);
-  if (!trashed || isOriginRecorded(*trashed)) return {};
-  return putBack(*trashed, located) ? unrecordedReason(*trashed) : std::error_code();
+std::error_code moveUnderFreeName(const Move& move) {
+  int attempt = 1;
+  std::error_code code;
+  do {
+    code = moveAs(move, nameInTrash(move.held.name, attempt++));
+  } while (code == std::errc::file_exists);
+  return code == std::errc::cross_device_link ? systemCode(ENOTSUP) : code;
 }
 
-std::unexpected<SweepError> failure(const FileUrl& url, std::error_code code, const std::string& volumeName = {}) {
-  return std::unexpected(SweepError{SweepAttempt::moveToTrash, url, code, volumeName});
+/// What is in memory is gone with the next start: no Trash to find anything in again. A container's overlay, which
+/// libmount counts among the system's own, is the disk there.
+bool mayHoldTrash(const MountEntry& mount) {
+  return holdsUserFiles(mount) || mount.fileSystem == "overlay";
 }
+
+std::expected<TrashFolder, std::error_code> openTrash(const HeldItem& held, const MountEntry* mount) {
+  auto home = openHomeTrash(held);
+  if (!home) return std::unexpected(home.error());
+  if (*home) return std::move(**home);
+  if (mount == nullptr || !mayHoldTrash(*mount)) return std::unexpected(systemCode(ENOTSUP));
+  return openVolumeTrash(held);
+}
+
+class ItemForTrash : public TrashableItem {
+ public:
+  ItemForTrash(FileSystem& fileSystem, const FileUrl& url) : fileSystem_(fileSystem), url_(url), held_(holdItem(url)) {}
+
+  std::expected<void, SweepError> moveToTrash() override {
+    SweepError error{.attempt = SweepAttempt::moveToTrash, .path = url_, .code = {}, .volumeName = {}};
+    error.code = move(error.volumeName);
+    if (error.code) return std::unexpected(error);
+    return {};
+  }
+
+ private:
+  std::error_code move(std::string& volumeName) {
+    if (!held_) return held_.error();
+    const auto isInPlace = isHeldItem(*held_, held_->folder, held_->name);
+    if (!isInPlace) return isInPlace.error();
+    if (!*isInPlace) return systemCode(ESTALE);
+    const auto folder = currentPath(held_->folder);
+    if (!folder) return folder.error();
+    const std::string path = FileUrl(*folder).appending(held_->name).bytes();
+    const auto mounts = readMountTable();
+    if (!mounts) return systemCode(mounts.error());
+    if (isMountAtOrBelow(*mounts, path)) return systemCode(EBUSY);
+
+    const MountEntry* const mount = mountHolding(*mounts, path);
+    const auto trash = openTrash(*held_, mount);
+    const std::error_code code =
+        trash ? moveUnderFreeName({*held_, *trash, trashRecordText(*trash, path, std::time(nullptr))}) : trash.error();
+    if (code == std::errc::not_supported) volumeName = nameOfVolume(mount ? mount->mountPoint : "/");
+    return code;
+  }
+
+  std::string nameOfVolume(const std::string& mountPoint) {
+    const auto values = fileSystem_.volumeValues(FileUrl(mountPoint));
+    if (values && values->name && !values->name->empty()) return *values->name;
+    return mountPoint == "/" ? "Filesystem root" : FileUrl(mountPoint).lastPathComponent();
+  }
+
+  FileSystem& fileSystem_;
+  FileUrl url_;
+  std::expected<HeldItem, std::error_code> held_;
+};
 
 }  // namespace
 
-std::expected<void, SweepError> Trash::moveItem(const FileUrl& url) {
-  const auto located = locateItem(url);
-  if (!located) return failure(url, located.error());
-  const auto mounts = readMountTable();
-  if (!mounts) return failure(url, codeOf(mounts.error()));
-  if (isMountAtOrBelow(*mounts, located->physicalPath)) return failure(url, codeOf(EBUSY));
-  if (const auto code = volumeRefusal(located->folder)) return failure(url, code);
-
-  // The physical path, so that GIO and the guards speak of the same item, and the record names a place that lasts.
-  const std::error_code refused = moveToTrashWithGio(located->physicalPath);
-  if (refused == std::errc::not_supported) {
-    const MountEntry* const mount = mountHolding(*mounts, located->physicalPath);
-    return failure(url, refused, nameOfVolume(mount ? mount->mountPoint : "/"));
-  }
-  if (refused) return failure(url, refused);
-  if (const auto code = checkMoved(*located)) return failure(url, code);
-  return {};
-}
-
-std::string Trash::nameOfVolume(const std::string& mountPoint) {
-  const auto values = fileSystem_.volumeValues(FileUrl(mountPoint));
-  if (values && values->name && !values->name->empty()) return *values->name;
-  return mountPoint == "/" ? "Filesystem root" : FileUrl(mountPoint).lastPathComponent();
+std::unique_ptr<TrashableItem> Trash::hold(const FileUrl& url) {
+  return std::make_unique<ItemForTrash>(fileSystem_, url);
 }
 
 }  // namespace dunmere

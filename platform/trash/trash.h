@@ -1,40 +1,33 @@
-// Trash: moves one item to the user's Trash and never loses it.
+// Trash: moves items to the user's Trash and never loses one.
 #pragma once
 
-#include <expected>
+#include <memory>
 #include <string>
 
 #include "engine/file_system.h"
 #include "engine/file_url.h"
-#include "engine/sweep_error.h"
+#include "sweeper/desktop.h"
 
 namespace dunmere {
 
-/// GIO does the move; around it stand the guards that GIO lacks. Nothing is ever deleted in place of a move.
-///
-/// Refused before anything is touched: the root folder, mount points and items with a mount below them (EBUSY, since
-/// the mounted volume would go along), items on read-only volumes (EROFS) and on volumes without a free block (ENOSPC,
-/// since GIO would move the item and lose its origin). A mount made during the call is not seen. Checked afterwards:
-/// that the item has left its place (else EIO) and that its origin is recorded in full; where it is not, as when a
-/// quota was hit, the item is put back (ENOSPC). Only when its place was taken meanwhile, or the file system cannot
-/// rename without replacing, does it stay in the Trash without its origin: that counts as moved.
-///
-/// A name of more than 238 bytes leaves GIO no room for the names of the record: ENAMETOOLONG, as for a path beyond
-/// PATH_MAX.
+/// Moves by one rename from the item's folder into a Trash on the same volume, laid out as freedesktop.org's Trash
+/// specification 1.0 says; nothing is ever copied or deleted. The record of the origin is on the disk before the item
+/// moves, so that an end at any moment leaves the item whole and in one place: where it was, or in the Trash with its
+/// origin. What the rename moved is looked at again: should something have taken the item's place in the last moment,
+/// it goes back (or, where its place was taken once more, stays in the Trash with its origin).
 class Trash {
  public:
-  /// `fileSystem` names volumes and must outlive this object.
+  /// `fileSystem` names volumes and must outlive this object and every held item.
   explicit Trash(FileSystem& fileSystem) : fileSystem_(fileSystem) {}
 
-  /// Moves the item at `url`, a link itself and never its target, and waits for it. Links in the folders above are
-  /// followed. After a failure the item is where it was. Codes beside the above: ENOTSUP the volume has no Trash
-  /// (volumeName is set: its label, else its mount point's last component, "Filesystem root" for "/"), EACCES, ENOENT,
-  /// others of the system; EIO when the reason is unknown. Any thread.
-  std::expected<void, SweepError> moveItem(const FileUrl& url);
+  /// Holds the item at `url` as Desktop::holdItem() says. Its codes beside the system's own:
+  /// ESTALE: another item has taken its place. EBUSY: the root folder, a mount point, or a mount below the item, which
+  /// would go along; a mount made during the call is not seen. ENOTSUP: the volume has no Trash (volumeName is set: its
+  /// label, else its mount point's last component, "Filesystem root" for "/"): it is in memory, or the user may make
+  /// none. ENAMETOOLONG: a path from PATH_MAX on. Any thread, and so for the held item.
+  std::unique_ptr<TrashableItem> hold(const FileUrl& url);
 
  private:
-  std::string nameOfVolume(const std::string& mountPoint);
-
   FileSystem& fileSystem_;
 };
 

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <string_view>
 
 #include "platform/trash/trash.h"
 
@@ -39,13 +40,26 @@ void TrashRoom::inRoom(const std::function<void()>& body) const {
 }
 
 int TrashRoom::moveToTrash(const std::string& itemPath) {
-  const auto moved = Trash(fileSystem).moveItem(FileUrl(itemPath));
+  const auto moved = Trash(fileSystem).hold(FileUrl(itemPath))->moveToTrash();
   if (moved) return 0;
   EXPECT_EQ(moved.error().attempt, SweepAttempt::moveToTrash);
   EXPECT_EQ(moved.error().path, FileUrl(itemPath));
   EXPECT_EQ(moved.error().code.category(), std::generic_category());
   volumeName = moved.error().volumeName;
   return moved.error().code.value();
+}
+
+void TrashRoom::mountVolume(const std::string& name, const std::string& options) const {
+  const std::string layers = path(name + ".layers");
+  for (const std::string& folder : {path(name), layers}) makeFolder(folder);
+  mountNew(layers, "tmpfs", options);
+  for (const char* layer : {"/lower", "/upper", "/work"}) makeFolder(layers + layer);
+  mountNew(path(name), "overlay",
+           "lowerdir=" + layers + "/lower,upperdir=" + layers + "/upper,workdir=" + layers + "/work");
+}
+
+std::string TrashRoom::volumeTrash(const std::string& name) const {
+  return path(name) + "/.Trash-" + std::to_string(geteuid());
 }
 
 void makeFolder(const std::string& path) {
@@ -89,6 +103,17 @@ std::vector<std::string> namesIn(const std::string& folder) {
     if (name != "." && name != "..") names.push_back(name);
   }
   closedir(open);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::vector<std::string> namesOfRecords(const std::string& trash) {
+  constexpr std::string_view kSuffix = ".trashinfo";
+  std::vector<std::string> names = namesIn(trash + "/info");
+  for (std::string& name : names) {
+    EXPECT_TRUE(name.ends_with(kSuffix)) << name;
+    name.resize(name.size() - std::min(name.size(), kSuffix.size()));
+  }
   std::sort(names.begin(), names.end());
   return names;
 }

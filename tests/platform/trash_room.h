@@ -31,6 +31,11 @@ class TrashRoom : public testing::Test {
   /// Moves the item to the Trash; the code is 0 for a success. `volumeName` is set from a failure.
   int moveToTrash(const std::string& itemPath);
 
+  /// Mounts another volume, empty and with a Trash of its own, on the new folder `name`: a disk for any user who may
+  /// have mounts of his own. `options` are those of the tmpfs below it, which may bound its size.
+  void mountVolume(const std::string& name, const std::string& options = {}) const;
+  std::string volumeTrash(const std::string& name) const;
+
   std::string volumeName;
   MemoryFileSystem fileSystem;  ///< names the volumes
 
@@ -46,6 +51,8 @@ std::string contentOf(const std::string& path);
 std::string linkTargetOf(const std::string& path);
 bool isThere(const std::string& path);                        ///< the entry itself, links not followed
 std::vector<std::string> namesIn(const std::string& folder);  ///< sorted; empty when there is no such folder
+/// Of which items the Trash at `trash` has records: sorted names.
+std::vector<std::string> namesOfRecords(const std::string& trash);
 void removeTree(const std::string& path);
 
 /// The value of `key` in a record of the Trash; the test fails when it is not there exactly once.

@@ -3,6 +3,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
 
 #include "tests/platform/trash_room.h"
 
@@ -128,29 +132,119 @@ TEST_F(TrashMove, TwoItemsOfOneNameAreBothKept) {
   });
 }
 
-TEST_F(TrashMove, ANameOf238BytesMoves) {
-  const std::string name(238, 'n');
-  makeFile(path(name), "long");
+TEST_F(TrashMove, ANameOfAnyLengthMovesAndIsRecordedWhole) {
   inRoom([&] {
-    ASSERT_EQ(moveToTrash(path(name)), 0);
-    EXPECT_EQ(contentOf(files() + "/" + name), "long");
-    EXPECT_EQ(recordValue(record(name), "Path"), path(name));
+    for (const std::size_t length : {238U, 239U, 245U, 246U, 255U}) {
+      const std::string name(length, 'n');
+      makeFile(path(name), "long");
+      ASSERT_EQ(moveToTrash(path(name)), 0) << length;
+      EXPECT_FALSE(isThere(path(name)));
+      const std::string cut = name.substr(0, 245);  // leaves room for ".trashinfo"
+      EXPECT_EQ(contentOf(files() + "/" + cut), "long") << length;
+      EXPECT_EQ(recordValue(record(cut), "Path"), path(name));
+      removeTree(trash());
+    }
+  });
+}
+
+TEST_F(TrashMove, WhatIsInTheTrashWithoutARecordIsNotReplaced) {
+  makeFolder(dataHome());
+  makeFolder(trash());
+  makeFolder(files());
+  makeFile(files() + "/same", "older");
+  makeFile(path("same"), "newer");
+  inRoom([&] {
+    ASSERT_EQ(moveToTrash(path("same")), 0);
+    EXPECT_EQ(contentOf(files() + "/same"), "older");
+    EXPECT_EQ(contentOf(files() + "/same.2"), "newer");
+    EXPECT_THAT(namesOfRecords(trash()), ElementsAre("same.2"));
   });
 }
 
 TEST_F(TrashMove, AVolumeApartFromHomeHasATrashOfItsOwn) {
-  makeFolder(path("volume"));
   inRoom([&] {
     enterPrivateMounts();
-    mountNew(path("volume"), "ramfs");
+    mountVolume("volume");
     makeFolder(path("volume/folder"));
     makeFile(path("volume/folder/file"), "x");
     ASSERT_EQ(moveToTrash(path("volume/folder/file")), 0);
     EXPECT_THAT(namesIn(path("volume/folder")), IsEmpty());
-    const std::string own = path("volume/.Trash-") + std::to_string(geteuid());
+    const std::string own = volumeTrash("volume");
     EXPECT_EQ(contentOf(own + "/files/file"), "x");
     EXPECT_EQ(recordValue(contentOf(own + "/info/file.trashinfo"), "Path"), "folder/file");
     EXPECT_FALSE(isThere(trash()));
+  });
+}
+
+TEST_F(TrashMove, ASharedTrashOfAVolumeGetsAFolderForTheUser) {
+  inRoom([&] {
+    enterPrivateMounts();
+    mountVolume("volume");
+    makeFile(path("volume/file"), "x");
+    makeFolder(path("volume/.Trash"));
+    ASSERT_EQ(chmod(path("volume/.Trash").c_str(), 01777), 0);
+    ASSERT_EQ(moveToTrash(path("volume/file")), 0);
+    EXPECT_EQ(contentOf(path("volume/.Trash/") + std::to_string(geteuid()) + "/files/file"), "x");
+    EXPECT_FALSE(isThere(volumeTrash("volume")));
+  });
+}
+
+TEST_F(TrashMove, ASharedTrashThatIsUnsafeIsPassedBy) {
+  inRoom([&] {
+    enterPrivateMounts();
+    mountVolume("volume");
+    makeFolder(path("volume/elsewhere"));
+    ASSERT_EQ(chmod(path("volume/elsewhere").c_str(), 01777), 0);
+    // A link, and a folder from which anybody may take.
+    makeLink(path("volume/.Trash"), "elsewhere");
+    makeFile(path("volume/one"), "x");
+    ASSERT_EQ(moveToTrash(path("volume/one")), 0);
+    ASSERT_EQ(unlink(path("volume/.Trash").c_str()), 0);
+    makeFolder(path("volume/.Trash"));
+    makeFile(path("volume/two"), "y");
+    ASSERT_EQ(moveToTrash(path("volume/two")), 0);
+    EXPECT_THAT(namesIn(volumeTrash("volume") + "/files"), ElementsAre("one", "two"));
+    EXPECT_THAT(namesIn(path("volume/elsewhere")), IsEmpty());
+    EXPECT_THAT(namesIn(path("volume/.Trash")), IsEmpty());
+  });
+}
+
+TEST_F(TrashMove, AFolderShownAgainElsewhereIsAVolumeOfItsOwn) {
+  inRoom([&] {
+    // The same device as the home's: only the mount tells that nothing can be renamed across.
+    enterPrivateMounts();
+    mountVolume("volume");
+    for (const char* folder : {"volume/shown", "here"}) makeFolder(path(folder));
+    setenv("XDG_DATA_HOME", path("volume/data").c_str(), 1);
+    mountAgain(path("volume/shown"), path("here"));
+    makeFile(path("here/file"), "x");
+    ASSERT_EQ(moveToTrash(path("here/file")), 0);
+    EXPECT_EQ(contentOf(volumeTrash("here") + "/files/file"), "x");
+    EXPECT_FALSE(isThere(path("volume/data")));
+  });
+}
+
+TEST_F(TrashMove, ATrashThatTheUserKeepsElsewhereOnTheVolumeIsUsed) {
+  makeFolder(dataHome());
+  makeFolder(path("kept"));
+  makeLink(trash(), path("kept"));
+  makeFile(path("file"), "x");
+  inRoom([&] {
+    ASSERT_EQ(moveToTrash(path("file")), 0);
+    EXPECT_EQ(contentOf(path("kept/files/file")), "x");
+  });
+}
+
+TEST_F(TrashMove, AMissingTrashIsMadeForItsUserAlone) {
+  makeFile(path("file"), "x");
+  inRoom([&] {
+    umask(0);
+    ASSERT_EQ(moveToTrash(path("file")), 0);
+    for (const std::string& folder : {dataHome(), trash(), files(), trash() + "/info"}) {
+      struct stat status {};
+      ASSERT_EQ(stat(folder.c_str(), &status), 0);
+      EXPECT_EQ(status.st_mode & 0777, 0700U) << folder;
+    }
   });
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,23 +14,40 @@ namespace dunmere::test {
 class FakeDesktop : public Desktop {
  public:
   std::optional<FileUrl> nextChoice;            ///< what chooseFolder() returns
-  std::optional<SweepError> nextTrashError;     ///< what moveToTrash() fails with
+  std::optional<SweepError> nextTrashError;     ///< what a move to the Trash fails with
   std::function<void(const FileUrl&)> onTrash;  ///< runs when a trash succeeds
   std::vector<std::string> chooserMessages;
   std::vector<FileUrl> revealed;
-  std::vector<FileUrl> trashed;
+  std::vector<FileUrl> held;     ///< every item held so far
+  int heldNow = 0;               ///< how many of them are held still
+  std::vector<FileUrl> trashed;  ///< every item that was asked to move
 
   std::optional<FileUrl> chooseFolder(const std::string& message) override {
     chooserMessages.push_back(message);
     return nextChoice;
   }
   void reveal(const FileUrl& url) override { revealed.push_back(url); }
-  std::expected<void, SweepError> moveToTrash(const FileUrl& url) override {
-    trashed.push_back(url);
-    if (nextTrashError) return std::unexpected(*nextTrashError);
-    if (onTrash) onTrash(url);
-    return {};
+  std::unique_ptr<TrashableItem> holdItem(const FileUrl& url) override {
+    held.push_back(url);
+    return std::make_unique<Item>(*this, url);
   }
+
+ private:
+  class Item : public TrashableItem {
+   public:
+    Item(FakeDesktop& desktop, const FileUrl& url) : desktop_(desktop), url_(url) { ++desktop_.heldNow; }
+    ~Item() override { --desktop_.heldNow; }
+    std::expected<void, SweepError> moveToTrash() override {
+      desktop_.trashed.push_back(url_);
+      if (desktop_.nextTrashError) return std::unexpected(*desktop_.nextTrashError);
+      if (desktop_.onTrash) desktop_.onTrash(url_);
+      return {};
+    }
+
+   private:
+    FakeDesktop& desktop_;
+    FileUrl url_;
+  };
 };
 
 }  // namespace dunmere::test

@@ -57,6 +57,11 @@ TEST(ErrorText, NamelessVolumeWithoutTrash) {
             "“Photos” couldn’t be moved to the trash because its volume doesn’t have one.");
 }
 
+TEST(ErrorText, TrashOfAnItemThatWasReplaced) {
+  EXPECT_EQ(textOf(SweepAttempt::moveToTrash, ESTALE),
+            "“Photos” couldn’t be moved to the trash because something else has taken its place.");
+}
+
 TEST(ErrorText, TrashOfAMissingItem) {
   EXPECT_EQ(textOf(SweepAttempt::moveToTrash, ENOENT), "The file “Photos” doesn’t exist.");
 }

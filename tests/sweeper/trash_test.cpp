@@ -56,6 +56,50 @@ TEST_F(Trash, DismissalOnlyLowersTheQuestion) {
   EXPECT_THAT(desktop_.trashed, IsEmpty());
 }
 
+TEST_F(Trash, TheItemIsHeldWhileTheQuestionIsOpenAndNoLonger) {
+  click(0, "notes.txt");
+  EXPECT_THAT(desktop_.held, IsEmpty());
+  pane().requestTrash();
+  EXPECT_THAT(desktop_.held, ElementsAre(FileUrl("/home/me/notes.txt")));
+  EXPECT_EQ(desktop_.heldNow, 1);
+  pane().dismissTrash();
+  EXPECT_EQ(desktop_.heldNow, 0);
+}
+
+TEST_F(Trash, TheItemIsHeldBeforeTheViewsLearnOfTheQuestion) {
+  int heldWhenTold = 0;
+  pane().setListener([&] { heldWhenTold = desktop_.heldNow; });
+  pane().requestTrash();
+  EXPECT_EQ(heldWhenTold, 1);
+}
+
+TEST_F(Trash, ConfirmationMovesTheItemThatWasHeldWhenTheQuestionWasAsked) {
+  click(0, "notes.txt");
+  pane().requestTrash();
+  pane().reloadVisibleColumns();
+  pane().confirmedTrash();
+  EXPECT_EQ(desktop_.held.size(), 1U);
+  EXPECT_THAT(desktop_.trashed, ElementsAre(FileUrl("/home/me/notes.txt")));
+  EXPECT_EQ(desktop_.heldNow, 0);
+}
+
+TEST_F(Trash, AQuestionThatComesToNameAnotherItemHoldsThatOne) {
+  click(0, "notes.txt");
+  pane().requestTrash();
+  click(0, "Photos");
+  EXPECT_EQ(pane().trashConfirmTitle(), "Move “Photos” to Trash?");
+  EXPECT_THAT(desktop_.held, ElementsAre(FileUrl("/home/me/notes.txt"), FileUrl("/home/me/Photos")));
+  EXPECT_EQ(desktop_.heldNow, 1);
+  pane().confirmedTrash();
+  EXPECT_THAT(desktop_.trashed, ElementsAre(FileUrl("/home/me/Photos")));
+}
+
+TEST_F(Trash, TheWayBackToTheDrivesLetsTheItemGo) {
+  pane().requestTrash();
+  pane().backToVolumes();
+  EXPECT_EQ(desktop_.heldNow, 0);
+}
+
 TEST_F(Trash, ConfirmationLowersTheQuestionAndMoves) {
   bool asking = true;
   desktop_.onTrash = [&](const FileUrl&) { asking = pane().confirmTrash(); };

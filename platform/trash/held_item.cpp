@@ -1,0 +1,76 @@
+#include "platform/trash/held_item.h"
+
+#include <fcntl.h>
+#include <limits.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include "platform/posix/open_path.h"
+#include "platform/posix/system_code.h"
+
+namespace dunmere {
+
+namespace {
+
+bool isSame(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+/// What the kernel calls the open item; it may carry a remark, such as that the item is deleted.
+std::expected<std::string, std::error_code> kernelPath(const UniqueDescriptor& item) {
+  const std::string link = "/proc/self/fd/" + std::to_string(item.get());
+  std::array<char, PATH_MAX> path;
+  const ssize_t length = readlink(link.c_str(), path.data(), path.size());
+  if (length < 0) return std::unexpected(systemCode(errno));
+  // A path that fills the buffer may have been cut off.
+  if (static_cast<std::size_t>(length) == path.size()) return std::unexpected(systemCode(ENAMETOOLONG));
+  return std::string(path.data(), static_cast<std::size_t>(length));
+}
+
+}  // namespace
+
+std::expected<HeldItem, std::error_code> holdItem(const FileUrl& url) {
+  HeldItem held;
+  held.name = url.lastPathComponent();
+  if (!url.bytes().starts_with('/') || held.name == "." || held.name == "..") {
+    return std::unexpected(systemCode(EINVAL));
+  }
+  if (held.name == "/") return std::unexpected(systemCode(EBUSY));
+  auto folder = openPath(url.deletingLastPathComponent().path(), O_PATH | O_DIRECTORY);
+  if (!folder) return std::unexpected(systemCode(folder.error()));
+  held.folder = std::move(*folder);
+  held.item = UniqueDescriptor(openat(held.folder.get(), held.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  if (!held.item) return std::unexpected(systemCode(errno));
+  return held;
+}
+
+std::expected<bool, std::error_code> isHeldItem(const HeldItem& held, const UniqueDescriptor& folder,
+                                                const std::string& name) {
+  struct stat item {};
+  struct stat entry {};
+  if (fstat(held.item.get(), &item) != 0) return std::unexpected(systemCode(errno));
+  if (fstatat(folder.get(), name.c_str(), &entry, AT_SYMLINK_NOFOLLOW) != 0) {
+    return std::unexpected(systemCode(errno));
+  }
+  if (isSame(item, entry)) return true;
+  // An overlay gives a file of its lower layer a new inode when it moves; the open item knows where it went.
+  const auto folderPath = currentPath(folder);
+  return folderPath && kernelPath(held.item) == FileUrl(*folderPath).appending(name).bytes();
+}
+
+std::expected<std::string, std::error_code> currentPath(const UniqueDescriptor& folder) {
+  auto path = kernelPath(folder);
+  if (!path) return path;
+  struct stat there {};
+  struct stat here {};
+  const bool reached = path->starts_with('/') && stat(path->c_str(), &there) == 0 && fstat(folder.get(), &here) == 0 &&
+                       isSame(there, here);
+  if (!reached) return std::unexpected(systemCode(ENOENT));
+  return path;
+}
+
+}  // namespace dunmere
