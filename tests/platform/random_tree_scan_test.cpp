@@ -1,8 +1,6 @@
 // Random trees on real file systems are scanned and, beside that, counted path by path with readdir and lstat.
-#include <dirent.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
-#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -14,55 +12,14 @@
 #include <vector>
 
 #include "engine/disk_sweeper_scan.h"
-#include "engine/package_names.h"
 #include "platform/platform_file_system.h"
 #include "tests/support/child_process.h"
+#include "tests/support/plain_count.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/temporary_tree.h"
 
 namespace dunmere::test {
 namespace {
-
-// ---- The plain count ----
-
-class PlainCount {
- public:
-  explicit PlainCount(std::string root) : root_(std::move(root)) { walk(root_); }
-
-  std::map<std::string, std::int64_t> bytes;
-  std::int64_t fileCount = 0;
-  std::int64_t totalBytes = 0;
-  bool hadReadErrors = false;
-
- private:
-  void walk(const std::string& folder) {
-    DIR* const stream = ::opendir(folder.c_str());
-    if (stream == nullptr) {
-      hadReadErrors = true;
-      return;
-    }
-    while (const dirent* entry = ::readdir(stream)) {
-      const std::string name = entry->d_name;
-      if (name != "." && name != "..") see(folder + "/" + name, name, entry->d_type);
-    }
-    ::closedir(stream);
-  }
-
-  void see(const std::string& path, const std::string& name, unsigned char type) {
-    if (type == DT_DIR) {
-      if (!isPackageName(name)) walk(path);
-      return;
-    }
-    struct stat status {};
-    if (::lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
-    const std::int64_t size = std::int64_t{512} * status.st_blocks;
-    ++fileCount;
-    totalBytes += size;
-    for (std::string at = path; at.size() >= root_.size(); at.resize(at.rfind('/'))) bytes[at] += size;
-  }
-
-  const std::string root_;
-};
 
 // ---- Random trees ----
 
@@ -169,7 +126,7 @@ class RandomTree {
 // ---- The comparison ----
 
 void expectScanAgrees(const std::string& root, unsigned readers) {
-  const PlainCount expected(root);
+  const PlainCount expected = plainCount(root);
   const auto files = makePlatformFileSystem();
   const auto inventory =
       DiskSweeperScan::runProgressiveScan(*files, FileUrl(root), [](const SweepInventory&) {}, {.readers = readers})

@@ -1,58 +1,23 @@
-// Whole scans and listings of real trees, checked against the C library's own tree walk.
-#include <ftw.h>
+// Whole scans and listings of real trees, checked against a plain count.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <map>
 #include <random>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "engine/disk_sweeper_scan.h"
-#include "engine/package_names.h"
 #include "platform/platform_file_system.h"
 #include "tests/platform/folder_contents.h"
 #include "tests/support/child_process.h"
+#include "tests/support/plain_count.h"
 #include "tests/support/temporary_tree.h"
 
 namespace dunmere::test {
 namespace {
 
 using ScanResult = DiskSweeperScan::ScanResult;
-
-/// What nftw(3) finds: the bytes of every regular file, and in every folder above it.
-struct PlainCount {
-  std::map<std::string, std::int64_t> bytes;
-  std::int64_t fileCount = 0;
-  std::int64_t totalBytes = 0;
-};
-
-PlainCount* counting = nullptr;  // nftw passes its visitor nothing of the caller's
-std::string countingRoot;
-
-int visit(const char* path, const struct stat* status, int kind, FTW* position) {
-  const bool isPackage = isPackageName(path + position->base) && position->level > 0;
-  if (kind == FTW_D) return isPackage ? FTW_SKIP_SUBTREE : FTW_CONTINUE;
-  if (kind != FTW_F || !S_ISREG(status->st_mode)) return FTW_CONTINUE;
-  const std::int64_t bytes = static_cast<std::int64_t>(status->st_blocks) * 512;
-  ++counting->fileCount;
-  counting->totalBytes += bytes;
-  for (std::string folder = path; folder.size() >= countingRoot.size(); folder.resize(folder.rfind('/'))) {
-    counting->bytes[folder] += bytes;
-  }
-  return FTW_CONTINUE;
-}
-
-PlainCount plainCount(const std::string& root) {
-  PlainCount count;
-  counting = &count;
-  countingRoot = root;
-  EXPECT_EQ(::nftw(root.c_str(), visit, 64, FTW_PHYS | FTW_ACTIONRETVAL), 0);
-  return count;
-}
 
 class RealScanTest : public ::testing::Test {
  protected:
