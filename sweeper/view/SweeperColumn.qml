@@ -35,6 +35,8 @@ Rectangle {
         anchors.fill: parent
         clip: true
         reuseItems: true
+        // Rows off the screen would take part in every snapshot; one that scrolls in is made in no time.
+        cacheBuffer: 0
         boundsBehavior: Flickable.StopAtBounds
         activeFocusOnTab: true
         keyNavigationEnabled: false

@@ -205,4 +205,116 @@ TestCase {
         compare(list.count, 40);
         compare(scrolledBy(list), 40 * 28 - list.height);
     }
+
+    function test_rowsThatMoveStayTheSameItems() {
+        for (let number = 8; number < 60; ++number)
+            harness.removeEntry("/root/" + folderName(number));
+        applySnapshots(1);
+        const list = rowList(0);
+        const itemsByName = () => new Map(Array.from({
+                length: 8
+            }, (_, row) => [list.itemAtIndex(row).name, list.itemAtIndex(row)]));
+        const before = itemsByName();
+        const first = list.itemAtIndex(0).name;
+        // The folders are counted in turn, and each is larger than those before it: in the end they stand reversed.
+        while (harness.rowOf(0, folderName(7)) !== 0)
+            applySnapshots(1);
+        list.forceLayout();
+        verify(list.itemAtIndex(0).name !== first, "the rows have moved");
+        const after = itemsByName();
+        for (const [name, item] of before)
+            verify(after.get(name) === item, name);
+    }
+
+    function test_aScrollUnderWayGoesOn() {
+        const list = rowList(0);
+        const scrollTo = during => {
+            list.contentY = list.originY;
+            mouseWheel(list, 100, 100, 0, -120);
+            verify(list.moving);
+            during();
+            tryVerify(() => !list.moving);
+            return scrolledBy(list);
+        };
+        const undisturbed = scrollTo(() => {});
+        verify(undisturbed > 20 && undisturbed < 28 * 20);
+        compare(scrollTo(() => applySnapshots(60)), undisturbed);
+    }
+
+    function test_thePointerStaysOverWhatItIsOver() {
+        const button = findChild(pane, "trashButton");
+        mouseMove(button, button.width / 2, button.height / 2);
+        tryVerify(() => button.hovered);
+        harness.viewModel.selectRow(0, harness.rowOf(0, folderName(59)));
+        for (let snapshot = 0; snapshot < 20; ++snapshot) {
+            applySnapshots(1);
+            waitForRendering(pane);
+            verify(button.hovered);
+        }
+    }
+
+    function test_aButtonTakesAClickAroundASnapshot() {
+        const button = findChild(pane, "trashButton");
+        mousePress(button);
+        applySnapshots(5);
+        verify(button.pressed);
+        mouseRelease(button);
+        verify(harness.viewModel.confirmTrash);
+    }
+
+    function test_theQuestionStaysAsItWasAsked() {
+        harness.viewModel.selectRow(0, harness.rowOf(0, folderName(30)));
+        harness.viewModel.requestTrash();
+        const question = findChild(pane, "trashConfirmation");
+        tryVerify(() => question.opened);
+        const move = findChild(question.contentItem, "trashConfirmMove");
+        mousePress(move);
+        applySnapshots(31 * 30 + 5);
+        compare(harness.rowOf(0, folderName(30)), 0);
+        verify(question.opened);
+        compare(harness.viewModel.trashConfirmTitle, "Move “folder30” to Trash?");
+        mouseRelease(move);
+        compare(harness.trashed, ["/root/folder30"]);
+    }
+
+    function test_aTrashLeavesEveryColumnScrolledAndOnItsRow() {
+        pane.width = 400;
+        applySnapshots(40 * 30);
+        harness.viewModel.selectRow(0, harness.rowOf(0, folderName(30)));
+        layOut();
+        rowList(0).contentY = rowList(0).originY + 28 * 7 + 3;
+        rowList(1).contentY = rowList(1).originY + 28 * 2 + 9;
+        findChild(pane, "columnScroller").contentX = 60;
+        column(0).rows.focusedRow = harness.rowOf(0, folderName(30));
+        const shownAtTop = nameAt(rowList(0), 0);
+        const items = [column(0), column(1), rowList(0).itemAtIndex(rowList(0).indexAt(10, rowList(0).contentY))];
+        harness.viewModel.selectRow(1, 12);
+        const gone = column(1).rows.data(column(1).rows.index(12, 0), Qt.UserRole + 1);
+        harness.viewModel.confirmedTrash();
+        layOut();
+        compare(harness.trashed, ["/root/folder30/" + gone]);
+        compare(rowList(1).count, 29);
+        compare(scrolledBy(rowList(0)), 28 * 7 + 3);
+        compare(scrolledBy(rowList(1)), 28 * 2 + 9);
+        compare(findChild(pane, "columnScroller").contentX, 60);
+        compare(nameAt(rowList(0), 0), shownAtTop);
+        compare(column(0).rows.focusedRow, harness.rowOf(0, folderName(30)));
+        verify(items[0] === column(0) && items[1] === column(1));
+        verify(items[2] === rowList(0).itemAtIndex(rowList(0).indexAt(10, rowList(0).contentY)));
+    }
+
+    function test_aTrashedFolderTakesItsColumnAndMovesNoOther() {
+        applySnapshots(40 * 30);
+        const list = rowList(0);
+        harness.viewModel.selectRow(0, harness.rowOf(0, folderName(25)));
+        layOut();
+        list.contentY = list.originY + 28 * 7 + 3;
+        const above = nameAt(list, 0);
+        harness.viewModel.confirmedTrash();
+        layOut();
+        compare(harness.viewModel.columns.count, 1);
+        compare(list.count, 59);
+        compare(scrolledBy(list), 28 * 7 + 3);
+        compare(nameAt(list, 0), above);
+    }
 }
