@@ -235,6 +235,12 @@ class DesktopSession:
         box = self._resting_place(thing)
         self._xdotool("mousemove", "--sync", str(box.x + box.width // 2), str(box.y + box.height // 2), "click", "1")
 
+    def scroll_down(self, thing, notches):
+        """Turns the wheel towards the user, with the pointer over the middle of the thing."""
+        box = self._resting_place(thing)
+        self._xdotool("mousemove", "--sync", str(box.x + box.width // 2), str(box.y + box.height // 2),
+                      "click", "--repeat", str(notches), "--delay", "20", "5")
+
     def _resting_place(self, thing):
         def settled():
             before = self.place(thing)

@@ -193,6 +193,27 @@ class MenuTest(EndToEndTest):
         self.close_and_check()
 
 
+class LongColumnTest(EndToEndTest):
+    def test_a_click_in_a_scrolled_column_means_the_row_under_the_pointer(self):
+        for number in range(200):
+            write_file(os.path.join(self.disk, f"file{number:03}.bin"), 4096 * (200 - number))
+        self.start()
+        self.window.sweep_folder(self.disk)
+        self.window.wait_for_end_of_sweep()
+        self.session.scroll_down(self.window.column("disk"), 20)
+        wait_for("the column to scroll", lambda: "file000.bin" not in self.names_on_screen())
+        clicked = self.names_on_screen()[5]
+        self.assertGreater(clicked, "file020.bin")
+        self.window.select("disk", clicked)
+        self.window.wait_for_status(f"{clicked} / {self.disk}")
+        self.session.picture("scrolled")
+        self.assertIn(clicked, self.names_on_screen())
+        self.close_and_check()
+
+    def names_on_screen(self):
+        return [row.split(", ")[0] for row in self.window.rows("disk")]
+
+
 class CloseTest(EndToEndTest):
     def test_closing_the_window_ends_the_program_during_a_sweep(self):
         # The wide root folder makes every snapshot long to show, so that the sweep takes seconds and not a moment.
