@@ -16,7 +16,6 @@ T.AbstractButton {
     implicitWidth: Math.ceil(implicitContentWidth) + leftPadding + rightPadding
     implicitHeight: Math.ceil(implicitContentHeight) + topPadding + bottomPadding
     focusPolicy: Qt.TabFocus
-    hoverEnabled: true
     opacity: !enabled ? (dimsWhenDisabled ? AppTheme.disabledOpacity : 1) : down ? AppTheme.pressedOpacity : 1
 
     Accessible.role: Accessible.Button
@@ -44,8 +43,15 @@ T.AbstractButton {
         visible: root.visualFocus
     }
 
-    // Whoever has pressed the button needs no help with it: the tip waits for the pointer's next visit.
-    onHoveredChanged: tip.dismissed = false
+    // Around the button and not in it, because the help is there for a disabled button too, and that hears nothing.
+    HoverHandler {
+        id: pointer
+        readonly property bool isOver: hovered && root.contains(root.mapFromItem(parent, point.position))
+        parent: root.parent
+        enabled: root.helpText.length > 0 && root.visible
+        // Whoever has pressed the button needs no help with it: the tip waits for the pointer's next visit.
+        onIsOverChanged: tip.dismissed = false
+    }
     onPressed: tip.dismissed = true
 
     HelpTip {
@@ -53,6 +59,6 @@ T.AbstractButton {
         property bool dismissed: false
         objectName: "helpTip"
         text: root.helpText
-        visible: root.hovered && !dismissed && text.length > 0
+        visible: pointer.isOver && !dismissed
     }
 }

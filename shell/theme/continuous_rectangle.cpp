@@ -1,6 +1,8 @@
 #include "shell/theme/continuous_rectangle.h"
 
 #include <QPainter>
+#include <algorithm>
+#include <cmath>
 
 #include "shell/theme/continuous_corner_path.h"
 
@@ -42,10 +44,12 @@ void ContinuousRectangle::paint(QPainter* painter) {
   const QRectF bounds = boundingRect();
   painter->fillPath(continuousCornerPath(bounds, radius_), color_);
   if (borderWidth_ <= 0) return;
-  // A pen straddles its path: half of it inwards keeps the whole line inside, on whole pixels.
-  const qreal inset = borderWidth_ / 2;
+  // Whole pixels of the screen, and half of the pen inwards keeps the whole line inside: it stays sharp at any scale.
+  const qreal scale = painter->deviceTransform().m11();
+  const qreal width = std::max(1.0, std::round(borderWidth_ * scale)) / scale;
+  const qreal inset = width / 2;
   const QPainterPath middle = continuousCornerPath(bounds.adjusted(inset, inset, -inset, -inset), radius_ - inset);
-  painter->strokePath(middle, QPen(borderColor_, borderWidth_));
+  painter->strokePath(middle, QPen(borderColor_, width));
 }
 
 }  // namespace dunmere

@@ -37,11 +37,12 @@ Item {
     Accessible.focusable: true
     Accessible.onPressAction: root.activated()
 
-    Rectangle {
+    ContinuousRectangle {
         objectName: "rowBackground"
         anchors.fill: parent
         radius: 4
-        color: root.selected ? AppTheme.accentOrange : "transparent"
+        color: AppTheme.accentOrange
+        visible: root.selected
     }
     AppText {
         id: sizeLabel

@@ -166,6 +166,15 @@ Rectangle {
             compare(clicks.count, 0);
         }
 
+        function test_thePointerOverAButtonChangesNothing() {
+            mouseMove(stage, 490, 150);
+            const before = grabImage(stage);
+            mouseMove(neutral, 10, 10);
+            verify(grabImage(stage).equals(before));
+            mouseMove(secondary, 10, 10);
+            verify(grabImage(stage).equals(before));
+        }
+
         function test_dimsWhilePressed() {
             mousePress(neutral, 10, 10);
             compare(neutral.opacity, 0.75);

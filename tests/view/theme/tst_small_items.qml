@@ -133,6 +133,21 @@ Rectangle {
             tip.delay = 1000;
         }
 
+        function test_aDisabledButtonHasItsTipToo() {
+            const tip = findChild(helped, "helpTip");
+            helped.enabled = false;
+            tip.delay = 0;
+            mouseMove(stage, helped.x - 1, helped.y + 10);
+            wait(50);
+            verify(!tip.visible);
+            mouseMove(stage, helped.x + 1, helped.y + 10);
+            tryVerify(() => tip.opened);
+            mouseMove(stage, helped.x + helped.width + 1, helped.y + 10);
+            tryVerify(() => !tip.visible);
+            helped.enabled = true;
+            tip.delay = 1000;
+        }
+
         function test_helpIsToldToAssistiveTechnology() {
             compare(helped.Accessible.description, "What <i>it</i> does");
         }
