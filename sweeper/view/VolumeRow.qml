@@ -14,8 +14,9 @@ Item {
 
     signal pressed
 
-    // Icon and name share a baseline, and the larger icon reaches above the name.
-    readonly property real iconRise: Math.max(0, icon.baselineOffset - nameLabel.baselineOffset)
+    // Icon and name share a baseline, and the larger icon reaches above the name: by whole points, so that the rows below
+    // are not drawn between pixels.
+    readonly property int iconRise: Math.round(Math.max(0, icon.baselineOffset - nameLabel.baselineOffset))
 
     objectName: "volumeRow" + index
     implicitHeight: 4 + Math.max(iconRise + texts.height, icon.height) + 4
@@ -45,7 +46,7 @@ Item {
         SymbolIcon {
             id: icon
             objectName: "icon"
-            y: 4 + root.iconRise + nameLabel.baselineOffset - baselineOffset
+            y: 4 + root.iconRise + Math.round(nameLabel.baselineOffset - baselineOffset)
             anchors.horizontalCenter: parent.horizontalCenter
             systemImage: "internaldrive"
             pixelSize: 20

@@ -2,6 +2,7 @@
 
 Each test is one run of this file, see CMakeLists.txt. The pictures that a test takes stay in its output folder.
 """
+import itertools
 import json
 import os
 import shutil
@@ -163,6 +164,53 @@ class SweepTest(EndToEndTest):
         window.press("Drives…")
         window.button("Open Folder…")
         self.assertEqual(window.columns(), [])
+        self.close_and_check()
+
+
+class LargeFontTest(EndToEndTest):
+    """A desktop whose font is large. Sizes are described in points and do not follow it; its family does."""
+
+    def setUp(self):
+        super().setUp()
+        write_file(os.path.join(self.disk, "Movies", "a name that is much too long for the row that shows it.bin"), 1)
+        configuration = os.path.join(self.home, ".config")
+        os.makedirs(configuration)
+        with open(os.path.join(configuration, "kdeglobals"), "w", encoding="ascii") as file:
+            file.write("[General]\nfont=DejaVu Serif,24\nfixed=DejaVu Sans Mono,24\n")
+        self.session.environment.update(XDG_CURRENT_DESKTOP="KDE", KDE_FULL_SESSION="true", KDE_SESSION_VERSION="5")
+
+    def boxes(self):
+        """What shows something on the window: the rectangle on the screen of each, by name."""
+        boxes = {}
+        for role in ("push button", "label", "list item", "heading"):
+            for thing in self.session.all_seen(role, lambda name: name):
+                box = self.session.place(thing)
+                boxes[thing.get_name()] = (box.x, box.y, box.x + box.width, box.y + box.height)
+        return boxes
+
+    def check_that_nothing_overlaps(self, picture):
+        self.session.picture(picture)
+        window = self.session.place(self.session.see("frame", "Dunmere"))
+        boxes = self.boxes()
+        self.assertGreater(len(boxes), 4)
+        for name, (left, top, right, bottom) in boxes.items():
+            self.assertTrue(window.x <= left < right <= window.x + window.width, (name, left, right))
+            self.assertTrue(window.y <= top < bottom <= window.y + window.height, (name, top, bottom))
+        for one, other in itertools.combinations(boxes, 2):
+            (left, top, right, bottom), (x, y, x_end, y_end) = boxes[one], boxes[other]
+            self.assertFalse(left < x_end and x < right and top < y_end and y < bottom, (one, other))
+
+    def test_nothing_overlaps_or_leaves_the_window(self):
+        window = self.start()
+        self.check_that_nothing_overlaps("drives")
+        window.sweep_folder(self.disk)
+        window.wait_for_end_of_sweep()
+        window.select("disk", "Movies")
+        window.column("Movies")
+        self.check_that_nothing_overlaps("sweep")
+        window.press("Settings")
+        window.button("Open…")
+        self.check_that_nothing_overlaps("settings")
         self.close_and_check()
 
 
