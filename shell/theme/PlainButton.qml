@@ -16,6 +16,7 @@ T.AbstractButton {
     implicitWidth: Math.ceil(implicitContentWidth) + leftPadding + rightPadding
     implicitHeight: Math.ceil(implicitContentHeight) + topPadding + bottomPadding
     focusPolicy: Qt.TabFocus
+    hoverEnabled: true
     opacity: !enabled ? (dimsWhenDisabled ? AppTheme.disabledOpacity : 1) : down ? AppTheme.pressedOpacity : 1
 
     Accessible.role: Accessible.Button
