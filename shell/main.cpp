@@ -7,9 +7,8 @@
 #include <cstdlib>
 #include <memory>
 
-#include "platform/desktop/qt_desktop.h"
+#include "platform/desktop/platform_desktop.h"
 #include "platform/desktop/qt_main_thread.h"
-#include "platform/desktop/qt_url_opener.h"
 #include "platform/platform_file_system.h"
 #include "shell/content_model.h"
 
@@ -47,10 +46,10 @@ int main(int argc, char* argv[]) {
   const QApplication application(argc, argv);
   describeApplication();
   const std::unique_ptr<dunmere::FileSystem> fileSystem = dunmere::makePlatformFileSystem();
-  dunmere::QtUrlOpener urlOpener;
-  dunmere::QtDesktop desktop(*fileSystem, urlOpener);
+  const std::unique_ptr<dunmere::UrlOpener> urlOpener = dunmere::makePlatformUrlOpener();
+  const std::unique_ptr<dunmere::Desktop> desktop = dunmere::makePlatformDesktop(*fileSystem, *urlOpener);
   dunmere::QtMainThread mainThread;
-  const int code = runWindow(*fileSystem, desktop, mainThread, urlOpener);
+  const int code = runWindow(*fileSystem, *desktop, mainThread, *urlOpener);
   // Scans are never cancelled: they may still be reading. Nothing that they use is destroyed under them.
   std::fflush(nullptr);
   std::_Exit(code);
