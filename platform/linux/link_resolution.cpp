@@ -1,15 +1,17 @@
 #include "platform/linux/link_resolution.h"
 
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
 #include <optional>
 #include <utility>
 
 #include "platform/linux/entry_status.h"
-#include "platform/posix/unique_descriptor.h"
 
 namespace dunmere {
 
@@ -29,12 +31,27 @@ std::optional<std::string> pathOfDescriptor(int descriptor) {
   return isDeleted ? std::nullopt : std::optional(path);
 }
 
+// O_PATH finds the target without opening it, so a device or a FIFO at the end does no harm.
+constexpr int kFlags = O_PATH | O_CLOEXEC;
+
 }  // namespace
 
-LinkTarget resolvedLink(int folder, const std::string& name, FileUrl ownUrl) {
-  // O_PATH finds the target without opening it, so a device or a FIFO at the end does no harm.
-  const UniqueDescriptor target(::openat(folder, name.c_str(), O_PATH | O_CLOEXEC));
-  if (!target) return {.url = std::move(ownUrl), .attributes = std::nullopt};
+std::expected<UniqueDescriptor, int> findTarget(int folder, const std::string& name) {
+  UniqueDescriptor target(::openat(folder, name.c_str(), kFlags));
+  if (!target) return std::unexpected(errno);
+  return target;
+}
+
+std::expected<UniqueDescriptor, int> findKnownTarget(int folder, const std::string& name) {
+  open_how how{.flags = kFlags, .mode = 0, .resolve = RESOLVE_CACHED};
+  UniqueDescriptor target(static_cast<int>(::syscall(SYS_openat2, folder, name.c_str(), &how, sizeof how)));
+  if (target) return target;
+  // An older system, or one that forbids the call, knows no such question.
+  const bool isUnknown = errno == EINVAL || errno == ENOSYS || errno == EPERM;
+  return std::unexpected(isUnknown ? EAGAIN : errno);
+}
+
+LinkTarget describeTarget(const UniqueDescriptor& target, FileUrl ownUrl) {
   auto path = pathOfDescriptor(target.get());
   return {.url = path ? FileUrl(std::move(*path)).standardized() : std::move(ownUrl),
           .attributes = entryStatus(target.get(), "")};

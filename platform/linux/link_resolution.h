@@ -1,14 +1,23 @@
-// resolvedLink: what a symbolic link leads to in the end.
+// What a symbolic link leads to in the end.
 #pragma once
 
+#include <expected>
 #include <string>
 
 #include "engine/file_system.h"
+#include "platform/posix/unique_descriptor.h"
 
 namespace dunmere {
 
-/// Follows the link `name` in the open folder `folder`. `ownUrl` is the answer's path when the target is missing, out
-/// of reach, or has no path of its own. The target is neither opened for reading nor waited for. Any thread.
-LinkTarget resolvedLink(int folder, const std::string& name, FileUrl ownUrl);
+/// Finds the target of the link `name` in the open folder `folder`, without opening it for reading. May wait for the
+/// disks and servers on the way. Fails with an errno value. Any thread.
+std::expected<UniqueDescriptor, int> findTarget(int folder, const std::string& name);
+
+/// The same if all the way is known to the system already: fails with EAGAIN rather than wait for anything.
+std::expected<UniqueDescriptor, int> findKnownTarget(int folder, const std::string& name);
+
+/// Describes a target that was found. `ownUrl` is the answer's path when the target has no path of its own. Waits for
+/// nothing. Any thread.
+LinkTarget describeTarget(const UniqueDescriptor& target, FileUrl ownUrl);
 
 }  // namespace dunmere

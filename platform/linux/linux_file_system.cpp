@@ -7,6 +7,7 @@
 #include "platform/linux/linux_open_folder.h"
 #include "platform/linux/mount_choice.h"
 #include "platform/linux/mount_table.h"
+#include "platform/linux/patient_folder.h"
 #include "platform/linux/utility_priority.h"
 #include "platform/linux/volume_reading.h"
 #include "platform/platform_file_system.h"
@@ -52,6 +53,8 @@ LinuxFileSystem::LinuxFileSystem()
 
 std::expected<std::shared_ptr<OpenFolder>, SweepError> LinuxFileSystem::openFolder(const FileUrl& url,
                                                                                    EntryDetail detail) {
+  // A scan has a thread of its own, which may wait; a listing is made on the interface's.
+  if (detail == EntryDetail::kinds) return PatientFolder::open(descriptors_, patience_, url);
   return LinuxOpenFolder::open(descriptors_, url, detail);
 }
 

@@ -4,6 +4,7 @@
 #include "engine/file_system.h"
 #include "platform/icu/icu_name_order.h"
 #include "platform/posix/folder_descriptors.h"
+#include "platform/posix/patience.h"
 #include "platform/posix/volume_meter.h"
 
 namespace dunmere {
@@ -15,7 +16,8 @@ class LinuxFileSystem final : public FileSystem {
   LinuxFileSystem();
 
   /// Besides what the contract says: the folder stays open until it is destroyed, and at most
-  /// FolderDescriptors::budgetOfProcess() of the folders below it.
+  /// FolderDescriptors::budgetOfProcess() of the folders below it. With EntryDetail::kinds no call, of the folder
+  /// neither, waits longer than Patience::kUsual (see PatientFolder); what is stuck by then must not outlive this.
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override;
 
   /// Mounts that are no volumes to people (isOfferedMount()) are left out already.
@@ -33,6 +35,7 @@ class LinuxFileSystem final : public FileSystem {
 
  private:
   FolderDescriptors descriptors_;
+  Patience patience_;
   VolumeMeter meter_;
   const IcuNameOrder nameOrder_;
 };

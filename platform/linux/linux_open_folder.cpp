@@ -1,8 +1,12 @@
 #include "platform/linux/linux_open_folder.h"
 
 #include <dirent.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
@@ -38,8 +42,9 @@ bool isDots(std::string_view name) {
 
 }  // namespace
 
-std::expected<std::shared_ptr<OpenFolder>, SweepError> LinuxOpenFolder::open(FolderDescriptors& descriptors,
-                                                                             const FileUrl& url, EntryDetail detail) {
+std::expected<std::shared_ptr<LinuxOpenFolder>, SweepError> LinuxOpenFolder::open(FolderDescriptors& descriptors,
+                                                                                  const FileUrl& url,
+                                                                                  EntryDetail detail) {
   auto folder = std::make_shared<LinuxOpenFolder>(descriptors, nullptr, url.bytes(), detail);
   if (auto opened = folder->openByPath(); !opened) return std::unexpected(std::move(opened.error()));
   return folder;
@@ -114,10 +119,38 @@ std::optional<EntryAttributes> LinuxOpenFolder::attributes(std::string_view name
 }
 
 LinkTarget LinuxOpenFolder::resolveLink(std::string_view name) {
-  LinkTarget target{.url = url().appending(name).standardized(), .attributes = std::nullopt};
+  const auto find = [&]() -> std::expected<UniqueDescriptor, int> {
+    const auto pin = pinOrReopen();
+    if (!pin) return std::unexpected(pin.error());
+    return findTarget(pin->descriptor(), std::string(name));
+  };
+  return linkTarget(name, descriptors().openWhenPossible(find));
+}
+
+std::optional<LinkTarget> LinuxOpenFolder::knownLinkTarget(std::string_view name) {
+  const auto pin = pinOrReopen();
+  if (!pin) return std::nullopt;
+  const auto target = findKnownTarget(pin->descriptor(), std::string(name));
+  if (!target && (target.error() == EAGAIN || FolderDescriptors::isShortage(target.error()))) return std::nullopt;
+  return linkTarget(name, target);
+}
+
+LinkTarget LinuxOpenFolder::linkTarget(std::string_view name,
+                                       const std::expected<UniqueDescriptor, int>& target) const {
+  FileUrl ownUrl = url().appending(name).standardized();
+  if (!target) return {.url = std::move(ownUrl), .attributes = std::nullopt};
+  return describeTarget(*target, std::move(ownUrl));
+}
+
+bool LinuxOpenFolder::isLocal() {
+  // In doubt not: that costs a little time, the contrary a frozen window.
+  constexpr auto kLocal =
+      std::to_array<std::uint32_t>({BTRFS_SUPER_MAGIC, EXT4_SUPER_MAGIC, F2FS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC,
+                                    RAMFS_MAGIC, TMPFS_MAGIC, XFS_SUPER_MAGIC});
   const auto pin = descriptor();
-  if (!pin) return target;
-  return resolvedLink(pin->descriptor(), std::string(name), std::move(target.url));
+  struct statfs status {};
+  return pin && ::fstatfs(pin->descriptor(), &status) == 0 &&
+         std::ranges::find(kLocal, static_cast<std::uint32_t>(status.f_type)) != kLocal.end();
 }
 
 }  // namespace dunmere

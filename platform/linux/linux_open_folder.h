@@ -17,19 +17,26 @@ namespace dunmere {
 class LinuxOpenFolder final : public PosixOpenFolder {
  public:
   /// Opens a folder by path, following links.
-  static std::expected<std::shared_ptr<OpenFolder>, SweepError> open(FolderDescriptors& descriptors, const FileUrl& url,
-                                                                     EntryDetail detail);
+  static std::expected<std::shared_ptr<LinuxOpenFolder>, SweepError> open(FolderDescriptors& descriptors,
+                                                                          const FileUrl& url, EntryDetail detail);
 
   std::expected<void, SweepError> readEntries(EntryBatch& batch) override;
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openChild(std::string_view name) override;
   std::optional<EntryAttributes> attributes(std::string_view name) override;
   LinkTarget resolveLink(std::string_view name) override;
 
+  /// As resolveLink(), but none when the answer would have to be waited for.
+  std::optional<LinkTarget> knownLinkTarget(std::string_view name);
+
+  /// Whether it lies on a file system of this machine's own, which always answers. May itself wait.
+  bool isLocal();
+
   LinuxOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent, std::string name,
                   EntryDetail detail);
 
  private:
   std::expected<Pin, int> readingDescriptor();
+  LinkTarget linkTarget(std::string_view name, const std::expected<UniqueDescriptor, int>& target) const;
   void addEntries(int folder, std::string_view records, EntryBatch& batch);
 
   const EntryDetail detail_;

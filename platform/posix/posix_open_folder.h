@@ -31,13 +31,14 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
 
   /// The open descriptor, opened anew if need be; at its first entry when its generation is another than before.
   std::expected<Pin, int> descriptor();
+  /// The same without waiting for a descriptor when the process has none left.
+  std::expected<Pin, int> pinOrReopen();
 
   FolderDescriptors& descriptors() const { return descriptors_; }
   FileUrl url() const;
   SweepError failure(FileUrl path, int error) const;
 
  private:
-  std::expected<Pin, int> pinOrReopen();
   std::expected<UniqueDescriptor, int> openEntry(int folder, const std::string& name) const;
   static void releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noexcept;
 

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <expected>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+
+#include "platform/posix/patience.h"
 
 namespace dunmere {
 
@@ -21,18 +23,17 @@ struct VolumeReading {
   friend bool operator==(const VolumeReading&, const VolumeReading&) = default;
 };
 
-/// Asks each volume on a thread of its own and waits for it a bounded time. A thread that is stuck in a dead volume is
-/// left behind, at most one for each mount point: until it comes back, the volume fails at once. Thread-safe.
+/// Asks each volume with patience, one place for each mount point. Thread-safe.
 class VolumeMeter {
  public:
   /// Reads the volume that `path` lies on; `device` is its mount's source. Runs on any thread and may never return;
   /// whatever it captures must live as long. Fails with an errno value.
   using Read = std::function<std::expected<VolumeReading, int>(const std::string& path, const std::string& device)>;
 
-  /// The time after which a file system that answers at all has long done so.
-  static constexpr std::chrono::milliseconds kPatience{1000};
+  static constexpr std::chrono::milliseconds kPatience = Patience::kUsual;
 
-  explicit VolumeMeter(Read read, std::chrono::milliseconds patience = kPatience);
+  explicit VolumeMeter(Read read, std::chrono::milliseconds patience = kPatience)
+      : read_(std::move(read)), patience_(patience) {}
 
   /// `mountPoint` tells which volumes are known to be stuck. Fails with an errno value, ETIMEDOUT for no answer in
   /// time.
@@ -40,11 +41,8 @@ class VolumeMeter {
                                             const std::string& device);
 
  private:
-  struct Shared;
-
   const Read read_;
-  const std::chrono::milliseconds patience_;
-  const std::shared_ptr<Shared> shared_;
+  Patience patience_;
 };
 
 }  // namespace dunmere

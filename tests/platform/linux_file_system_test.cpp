@@ -8,7 +8,6 @@
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,7 +17,7 @@
 #include <thread>
 
 #include "platform/platform_file_system.h"
-#include "platform/posix/unique_descriptor.h"
+#include "tests/platform/dead_share.h"
 #include "tests/platform/folder_contents.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_tree.h"
@@ -101,21 +100,10 @@ TEST(LinuxVolumes, BoundFolderIsNotOffered) {
   EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
-/// The kernel's end of a share that a process serves. A small system may have no node for it: then `ownNode` is made.
-UniqueDescriptor openFuseDevice(const std::string& ownNode) {
-  UniqueDescriptor device(::open("/dev/fuse", O_RDWR | O_CLOEXEC));
-  if (device || ::mknod(ownNode.c_str(), S_IFCHR | 0600, ::makedev(10, 229)) != 0) return device;
-  return UniqueDescriptor(::open(ownNode.c_str(), O_RDWR | O_CLOEXEC));
-}
-
 TEST(LinuxVolumes, MountThatNeverAnswersIsUnreadableAndFreezesNothing) {
   const TemporaryTree tree;
   const auto result = runWithOwnMounts([&tree] {
-    // Nobody serves this share: whoever asks it anything waits for ever.
-    const UniqueDescriptor server = openFuseDevice(tree.path("fuse"));
-    if (!server) return 3;
-    const std::string options = "fd=" + std::to_string(server.get()) + ",rootmode=40000,user_id=0,group_id=0";
-    if (::mount("host:/share", "/mnt", "fuse.sshfs", 0, options.c_str()) != 0) return 4;
+    const DeadShare share("/mnt", tree.path("fuse"));
     const auto files = makePlatformFileSystem();
     EXPECT_THAT(mountedPaths(*files), ::testing::Contains("/mnt"));
     EXPECT_EQ(errorOf(files->volumeValues(FileUrl("/mnt"))), ETIMEDOUT);

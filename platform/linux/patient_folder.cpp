@@ -1,0 +1,82 @@
+#include "platform/linux/patient_folder.h"
+
+#include <system_error>
+#include <utility>
+
+namespace dunmere {
+
+namespace {
+
+SweepError failure(FileUrl url, int error) {
+  return {.attempt = SweepAttempt::openFolder,
+          .path = std::move(url),
+          .code = std::error_code(error, std::generic_category()),
+          .volumeName = {}};
+}
+
+struct Opened {
+  std::shared_ptr<LinuxOpenFolder> folder;
+  bool isLocal = false;
+};
+
+}  // namespace
+
+std::expected<std::shared_ptr<OpenFolder>, SweepError> PatientFolder::open(FolderDescriptors& descriptors,
+                                                                           Patience& patience, const FileUrl& url) {
+  using Answer = std::expected<Opened, SweepError>;
+  const auto question = [&descriptors, url]() -> Answer {
+    auto folder = LinuxOpenFolder::open(descriptors, url, EntryDetail::kinds);
+    if (!folder) return std::unexpected(std::move(folder.error()));
+    const bool isLocal = (*folder)->isLocal();
+    return Opened{*std::move(folder), isLocal};
+  };
+  auto answer = patience.ask<Answer>(url.bytes(), question);
+  if (!answer) return std::unexpected(failure(url, answer.error()));
+  if (!*answer) return std::unexpected(std::move(answer->error()));
+  return std::make_shared<PatientFolder>(patience, url, std::move((*answer)->folder), (*answer)->isLocal);
+}
+
+template <typename Answer>
+std::expected<Answer, int> PatientFolder::ask(std::function<Answer()> question) {
+  if (isLocal_) return question();
+  return patience_.ask<Answer>(url_.bytes(), std::move(question));
+}
+
+std::expected<void, SweepError> PatientFolder::readEntries(EntryBatch& batch) {
+  using Answer = std::expected<EntryBatch, SweepError>;
+  if (isLocal_) return folder_->readEntries(batch);
+  // A batch of its own: one that comes too late must not find this one gone.
+  auto answer = patience_.ask<Answer>(url_.bytes(), [folder = folder_]() -> Answer {
+    EntryBatch entries;
+    if (auto read = folder->readEntries(entries); !read) return std::unexpected(std::move(read.error()));
+    return entries;
+  });
+  if (!answer) return std::unexpected(failure(url_, answer.error()));
+  if (!*answer) return std::unexpected(std::move(answer->error()));
+  batch = std::move(**answer);
+  return {};
+}
+
+std::expected<std::shared_ptr<OpenFolder>, SweepError> PatientFolder::openChild(std::string_view name) {
+  using Answer = std::expected<std::shared_ptr<OpenFolder>, SweepError>;
+  auto answer = ask<Answer>([folder = folder_, child = std::string(name)] { return folder->openChild(child); });
+  return answer ? *std::move(answer) : std::unexpected(failure(url_.appending(name), answer.error()));
+}
+
+std::optional<EntryAttributes> PatientFolder::attributes(std::string_view name) {
+  using Answer = std::optional<EntryAttributes>;
+  const auto answer = ask<Answer>([folder = folder_, entry = std::string(name)] { return folder->attributes(entry); });
+  return answer.value_or(std::nullopt);
+}
+
+LinkTarget PatientFolder::resolveLink(std::string_view name) {
+  if (isLocal_) {
+    if (auto target = folder_->knownLinkTarget(name)) return *std::move(target);
+  }
+  // A place of its own: links that lead nowhere must not keep their folder from being listed again.
+  auto answer = patience_.ask<LinkTarget>(
+      url_.bytes() + "/", [folder = folder_, link = std::string(name)] { return folder->resolveLink(link); });
+  return answer ? *std::move(answer) : LinkTarget{url_.appending(name).standardized(), std::nullopt};
+}
+
+}  // namespace dunmere

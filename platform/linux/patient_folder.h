@@ -1,0 +1,45 @@
+// PatientFolder: an open folder that lets nobody wait long for an answer.
+#pragma once
+
+#include <expected>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "engine/file_system.h"
+#include "platform/linux/linux_open_folder.h"
+#include "platform/posix/patience.h"
+
+namespace dunmere {
+
+/// A folder for the thread that must not freeze: one whose file system may stop answering, as a share does when its
+/// server goes away, is asked with patience, and so is a link that may lead into such a one. No answer in time is
+/// ETIMEDOUT, missing attributes, or a link that cannot be resolved; further questions then fail at once, as long as
+/// the one before is still stuck. Must not outlive `patience`.
+class PatientFolder final : public OpenFolder {
+ public:
+  /// Opens `url` for a listing. `descriptors` must outlive the folder and every question that is stuck.
+  static std::expected<std::shared_ptr<OpenFolder>, SweepError> open(FolderDescriptors& descriptors, Patience& patience,
+                                                                     const FileUrl& url);
+
+  std::expected<void, SweepError> readEntries(EntryBatch& batch) override;
+  std::expected<std::shared_ptr<OpenFolder>, SweepError> openChild(std::string_view name) override;
+  std::optional<EntryAttributes> attributes(std::string_view name) override;
+  LinkTarget resolveLink(std::string_view name) override;
+
+  PatientFolder(Patience& patience, FileUrl url, std::shared_ptr<LinuxOpenFolder> folder, bool isLocal)
+      : patience_(patience), url_(std::move(url)), folder_(std::move(folder)), isLocal_(isLocal) {}
+
+ private:
+  template <typename Answer>
+  std::expected<Answer, int> ask(std::function<Answer()> question);
+
+  Patience& patience_;
+  const FileUrl url_;
+  const std::shared_ptr<LinuxOpenFolder> folder_;
+  const bool isLocal_;
+};
+
+}  // namespace dunmere

@@ -1,0 +1,46 @@
+// DeadShare: a mounted share whose server never answers.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+#include "platform/posix/unique_descriptor.h"
+
+namespace dunmere::test {
+
+/// Whoever asks it anything waits for ever, or until it is gone. To be mounted in a process with mounts of its own.
+class DeadShare {
+ public:
+  /// Mounts it on the folder `mountPoint`. `nodePath` is free for a device node, which a small system may lack.
+  DeadShare(const std::string& mountPoint, const std::string& nodePath) : server_(openDevice(nodePath)) {
+    const std::string options = "fd=" + std::to_string(server_.get()) + ",rootmode=40000,user_id=0,group_id=0";
+    check(::mount("host:/share", mountPoint.c_str(), "fuse.sshfs", 0, options.c_str()) == 0, mountPoint);
+  }
+
+  /// The server ends: whoever waits gets an error.
+  void end() { server_ = UniqueDescriptor(); }
+
+ private:
+  static void check(bool succeeded, const std::string& what) {
+    if (!succeeded) throw std::system_error(errno, std::generic_category(), what);
+  }
+
+  static UniqueDescriptor openDevice(const std::string& nodePath) {
+    UniqueDescriptor device(::open("/dev/fuse", O_RDWR | O_CLOEXEC));
+    if (device) return device;
+    check(::mknod(nodePath.c_str(), S_IFCHR | 0600, ::makedev(10, 229)) == 0, nodePath);
+    device = UniqueDescriptor(::open(nodePath.c_str(), O_RDWR | O_CLOEXEC));
+    check(static_cast<bool>(device), nodePath);
+    return device;
+  }
+
+  UniqueDescriptor server_;
+};
+
+}  // namespace dunmere::test
