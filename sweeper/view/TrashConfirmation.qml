@@ -13,7 +13,8 @@ T.Popup {
     parent: T.Overlay.overlay
     x: parent ? Math.round((parent.width - width) / 2) : 0
     y: parent ? Math.round((parent.height - height) / 2) : 0
-    width: 300
+    // As wide as an alert; wider for a name so long that the card would outgrow the smallest window.
+    width: viewModel.trashConfirmTitle.length > 200 ? 480 : 300
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     padding: 20
     modal: true

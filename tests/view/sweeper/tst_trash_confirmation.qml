@@ -66,6 +66,18 @@ TestCase {
         waitForRendering(question.contentItem);
     }
 
+    function test_theLongestNameLeavesTheAnswersInTheSmallestWindow() {
+        harness.addFile("/root/" + "\u0085".repeat(127), 9000000); // the longest to show of all names of 255 bytes
+        harness.sweepFolder("/root");
+        verify(harness.finishScan());
+        harness.viewModel.selectRow(0, 0);
+        ask();
+        const title = part("trashConfirmTitle");
+        verify(title.lineCount > 15, title.text);
+        verify(!title.truncated);
+        verify(question.height <= 560 - 2 * 20, "the card is " + question.height + " high");
+    }
+
     function test_theTrashButtonOnlyAsks() {
         select(0, "Photos");
         verify(!question.visible);
