@@ -122,6 +122,13 @@ TEST(MacosAttributes, EntryWithAnErrorIsLeftOutOfAWalkAndListedAsOther) {
               ElementsAre(Pair("failed", only(EntryKind::other)), Pair("next", file(1, 1))));
 }
 
+TEST(MacosAttributes, WhatStandsBesideAnErrorIsNotBelieved) {
+  RecordFields failed = AttributeBuffer::entry("failed", layout::kRegularFile);
+  failed.error = EIO;
+  failed.allocatedBytes = 1 << 30;
+  EXPECT_THAT(read(AttributeBuffer().add(failed), 1, EntryDetail::sizes), IsEmpty());
+}
+
 TEST(MacosAttributes, ReportedErrorOfZeroIsNone) {
   RecordFields fine = AttributeBuffer::entry("fine", layout::kFolder);
   fine.error = 0;

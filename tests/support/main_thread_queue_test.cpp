@@ -32,9 +32,10 @@ TEST(MainThreadQueue, WorkPostedByWorkRunsNextTime) {
 TEST(MainThreadQueue, RunNextWaitsForAnotherThread) {
   MainThreadQueue queue;
   std::thread::id ranOn;
-  const std::jthread poster([&] { queue.post([&ranOn] { ranOn = std::this_thread::get_id(); }); });
+  std::thread poster([&] { queue.post([&ranOn] { ranOn = std::this_thread::get_id(); }); });
   EXPECT_TRUE(queue.runNext());
   EXPECT_EQ(ranOn, std::this_thread::get_id());
+  poster.join();
 }
 
 TEST(MainThreadQueue, RunNextGivesUp) {
@@ -61,8 +62,9 @@ TEST(MainThreadQueue, RunUntilGivesUpOnWorkWithoutEnd) {
 TEST(MainThreadQueue, RunUntilNoticesAChangeWithoutWork) {
   MainThreadQueue queue;
   std::atomic<bool> done = false;
-  const std::jthread changer([&done] { done = true; });
+  std::thread changer([&done] { done = true; });
   EXPECT_TRUE(queue.runUntil([&done] { return done.load(); }));
+  changer.join();
 }
 
 }  // namespace

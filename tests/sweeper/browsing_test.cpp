@@ -362,14 +362,13 @@ TEST_F(Browsing, PaneNeedsNoListener) {
 
 TEST(ColumnLoadIdTest, IsUniqueAcrossThreads) {
   std::vector<std::vector<ColumnLoadId>> drawn(4);
-  {
-    std::vector<std::jthread> threads;
-    for (auto& ids : drawn) {
-      threads.emplace_back([&ids] {
-        for (int i = 0; i < 500; ++i) ids.push_back(ColumnLoadId::next());
-      });
-    }
+  std::vector<std::thread> threads;
+  for (auto& ids : drawn) {
+    threads.emplace_back([&ids] {
+      for (int i = 0; i < 500; ++i) ids.push_back(ColumnLoadId::next());
+    });
   }
+  for (std::thread& thread : threads) thread.join();
   std::set<ColumnLoadId> distinct;
   for (const auto& ids : drawn) distinct.insert(ids.begin(), ids.end());
   EXPECT_EQ(distinct.size(), 2000u);
