@@ -72,8 +72,10 @@ std::vector<bool> stayingRows(const std::vector<std::size_t>& oldIndex) {
   std::vector<std::size_t> previous(oldIndex.size(), kNew);
   for (std::size_t row = 0; row < oldIndex.size(); ++row) {
     if (oldIndex[row] == kNew) continue;
-    const auto place = std::lower_bound(tails.begin(), tails.end(), oldIndex[row],
-                                        [&](std::size_t tail, std::size_t index) { return oldIndex[tail] < index; });
+    const auto endsBefore = [&](std::size_t tail, std::size_t index) { return oldIndex[tail] < index; };
+    // Nearly every row goes on with the longest run, which needs no search.
+    const bool extends = tails.empty() || endsBefore(tails.back(), oldIndex[row]);
+    const auto place = extends ? tails.end() : std::lower_bound(tails.begin(), tails.end(), oldIndex[row], endsBefore);
     if (place != tails.begin()) previous[row] = *(place - 1);
     if (place == tails.end()) {
       tails.push_back(row);

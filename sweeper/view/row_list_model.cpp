@@ -1,6 +1,7 @@
 #include "sweeper/view/row_list_model.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "sweeper/byte_count_text.h"
@@ -18,16 +19,11 @@ int toInt(std::size_t row) {
 
 }  // namespace
 
-bool RowListModel::Row::hasValuesOf(const SweeperItem& item, bool isSelected) const {
-  return sizeBytes == item.sizeBytes && isDirectory == item.isDirectory &&
-         sizeIsPartialMinimum == item.sizeIsPartialMinimum && isSymbolicLink == item.isSymbolicLink &&
-         selected == isSelected;
-}
-
 RowListModel::RowListModel(QObject* parent) : QAbstractListModel(parent) {}
 
 void RowListModel::update(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow) {
-  const ListMatch match = matchWith(items);
+  next_ = ShownRows(items, selectedRow);
+  const ListMatch match = matchLists(shown_.names(), next_.names());
   const std::optional<std::vector<ListChange>> steps = listChanges(match, kMostRowSteps);
   const bool rowsStay = steps && steps->empty();
   if (!rowsStay) {
@@ -36,15 +32,15 @@ void RowListModel::update(const std::vector<SweeperItem>& items, std::optional<s
     const int focusedBefore = focusedRow();
     emit aboutToUpdate();
     if (steps) {
-      applySteps(*steps, items);
+      applySteps(*steps);
     } else {
-      resort(match, items);
+      resort(match);
     }
     if (count() != countBefore) emit countChanged();
     if (pressedRow() != pressedBefore) emit pressedRowChanged();
     if (focusedRow() != focusedBefore) emit focusedRowChanged();
   }
-  updateValues(items, selectedRow);
+  showNext();
   if (!rowsStay) emit updated();
 }
 
@@ -66,7 +62,7 @@ int RowListModel::rowCount(const QModelIndex& parent) const {
 
 QVariant RowListModel::data(const QModelIndex& index, int role) const {
   if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) return {};
-  const Row& row = *rows_[static_cast<std::size_t>(index.row())];
+  const ShownRow& row = rowAt(static_cast<std::size_t>(index.row()));
   switch (role) {
     case NameRole:
       return shownText(row.name);
@@ -97,18 +93,14 @@ QHash<int, QByteArray> RowListModel::roleNames() const {
           {SelectedRole, "selected"}};
 }
 
-RowListModel::Row RowListModel::rowOf(const SweeperItem& item, bool selected) {
-  return {item.name, item.sizeBytes, item.isDirectory, item.sizeIsPartialMinimum, item.isSymbolicLink, selected};
-}
-
-QString RowListModel::sizeText(const Row& row) {
+QString RowListModel::sizeText(const ShownRow& row) {
   SweeperItem item;
   item.sizeBytes = row.sizeBytes;
   item.sizeIsPartialMinimum = row.sizeIsPartialMinimum;
   return QString::fromStdString(DiskSweeperPane::sizeLabel(item));
 }
 
-QString RowListModel::accessibleText(const Row& row) {
+QString RowListModel::accessibleText(const ShownRow& row) {
   const QString kind = row.isSymbolicLink
                            ? (row.isDirectory ? QStringLiteral("link to a folder") : QStringLiteral("link"))
                            : (row.isDirectory ? QStringLiteral("folder") : QStringLiteral("file"));
@@ -117,25 +109,12 @@ QString RowListModel::accessibleText(const Row& row) {
   return shownText(row.name) + QStringLiteral(", ") + kind + QStringLiteral(", ") + least + size;
 }
 
-RowListModel::Rows RowListModel::makeRows(const std::vector<SweeperItem>& items, std::size_t first, std::size_t count) {
-  Rows made;
-  made.reserve(count);
-  for (std::size_t row = first; row < first + count; ++row)
-    made.push_back(std::make_unique<Row>(rowOf(items[row], false)));
-  return made;
+const ShownRow& RowListModel::rowAt(std::size_t position) const {
+  const RowId id = order_[position];
+  return (id & kOfNext) != 0 ? next_[id & ~kOfNext] : shown_[id];
 }
 
-ListMatch RowListModel::matchWith(const std::vector<SweeperItem>& items) const {
-  std::vector<std::string_view> oldNames;
-  oldNames.reserve(rows_.size());
-  for (const std::unique_ptr<Row>& row : rows_) oldNames.emplace_back(row->name);
-  std::vector<std::string_view> newNames;
-  newNames.reserve(items.size());
-  for (const SweeperItem& item : items) newNames.emplace_back(item.name);
-  return matchLists(oldNames, newNames);
-}
-
-void RowListModel::applySteps(const std::vector<ListChange>& steps, const std::vector<SweeperItem>& items) {
+void RowListModel::applySteps(const std::vector<ListChange>& steps) {
   for (const ListChange& step : steps) {
     switch (step.kind) {
       case ListChange::Kind::remove:
@@ -144,16 +123,19 @@ void RowListModel::applySteps(const std::vector<ListChange>& steps, const std::v
       case ListChange::Kind::move:
         moveRow(step.position, step.target);
         break;
-      case ListChange::Kind::insert:
-        insertRange(step.position, makeRows(items, step.target, step.count));
+      case ListChange::Kind::insert: {
+        std::vector<RowId> added(step.count);
+        std::iota(added.begin(), added.end(), kOfNext | static_cast<RowId>(step.target));
+        insertRange(step.position, added);
         break;
+      }
     }
   }
 }
 
 // Four steps whatever changed: the rows that go are sorted to the end and removed there, the new ones are added there,
 // and all are sorted into their order. A view keeps its place, for no row above it comes or goes.
-void RowListModel::resort(const ListMatch& match, const std::vector<SweeperItem>& items) {
+void RowListModel::resort(const ListMatch& match) {
   std::vector<std::size_t> survivors;  // old positions, in the new order
   std::vector<bool> survives(match.oldCount, false);
   for (const std::size_t oldIndex : match.oldIndex) {
@@ -169,34 +151,33 @@ void RowListModel::resort(const ListMatch& match, const std::vector<SweeperItem>
   reorder(order);
   removeRange(kept, match.oldCount - kept);
 
-  Rows added;
+  std::vector<RowId> added;
   std::size_t nextKept = 0;
   order.clear();
-  for (std::size_t row = 0; row < items.size(); ++row) {
+  for (std::size_t row = 0; row < next_.size(); ++row) {
     if (match.oldIndex[row] != kNew) {
       order.push_back(nextKept++);
     } else {
       order.push_back(kept + added.size());
-      added.push_back(std::make_unique<Row>(rowOf(items[row], false)));
+      added.push_back(kOfNext | static_cast<RowId>(row));
     }
   }
-  insertRange(kept, std::move(added));
+  insertRange(kept, added);
   reorder(order);
 }
 
 void RowListModel::removeRange(std::size_t first, std::size_t count) {
   if (count == 0) return;
   beginRemoveRows({}, toInt(first), toInt(first + count) - 1);
-  const auto begin = rows_.begin() + static_cast<std::ptrdiff_t>(first);
-  rows_.erase(begin, begin + static_cast<std::ptrdiff_t>(count));
+  const auto begin = order_.begin() + static_cast<std::ptrdiff_t>(first);
+  order_.erase(begin, begin + static_cast<std::ptrdiff_t>(count));
   endRemoveRows();
 }
 
-void RowListModel::insertRange(std::size_t first, Rows added) {
+void RowListModel::insertRange(std::size_t first, const std::vector<RowId>& added) {
   if (added.empty()) return;
   beginInsertRows({}, toInt(first), toInt(first + added.size()) - 1);
-  rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(first), std::make_move_iterator(added.begin()),
-               std::make_move_iterator(added.end()));
+  order_.insert(order_.begin() + static_cast<std::ptrdiff_t>(first), added.begin(), added.end());
   endInsertRows();
 }
 
@@ -204,7 +185,7 @@ void RowListModel::moveRow(std::size_t from, std::size_t to) {
   // Qt names the row that the moved one is put before.
   const std::size_t before = to > from ? to + 1 : to;
   beginMoveRows({}, toInt(from), toInt(from), {}, toInt(before));
-  const auto begin = rows_.begin();
+  const auto begin = order_.begin();
   const auto source = begin + static_cast<std::ptrdiff_t>(from);
   const auto target = begin + static_cast<std::ptrdiff_t>(to);
   if (to > from) {
@@ -217,14 +198,14 @@ void RowListModel::moveRow(std::size_t from, std::size_t to) {
 
 void RowListModel::reorder(const std::vector<std::size_t>& oldPositions) {
   emit layoutAboutToBeChanged({}, VerticalSortHint);
-  Rows sorted;
-  sorted.reserve(rows_.size());
-  std::vector<int> newPositions(rows_.size());
+  std::vector<RowId> sorted;
+  sorted.reserve(order_.size());
+  std::vector<int> newPositions(order_.size());
   for (const std::size_t position : oldPositions) {
     newPositions[position] = toInt(sorted.size());
-    sorted.push_back(std::move(rows_[position]));
+    sorted.push_back(order_[position]);
   }
-  rows_ = std::move(sorted);
+  order_ = std::move(sorted);
   const QModelIndexList held = persistentIndexList();
   for (const QModelIndex& was : held) {
     changePersistentIndex(was, index(newPositions[static_cast<std::size_t>(was.row())]));
@@ -232,18 +213,19 @@ void RowListModel::reorder(const std::vector<std::size_t>& oldPositions) {
   emit layoutChanged({}, VerticalSortHint);
 }
 
-void RowListModel::updateValues(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow) {
+// All rows stand where they belong: what is left is to tell which of them have new values.
+void RowListModel::showNext() {
   std::vector<std::pair<int, int>> changed;  // first and last row of each run
-  for (std::size_t row = 0; row < items.size(); ++row) {
-    Row& shown = *rows_[row];
-    if (shown.hasValuesOf(items[row], selectedRow == row)) continue;
-    shown = rowOf(items[row], selectedRow == row);
+  for (std::size_t row = 0; row < order_.size(); ++row) {
+    if (rowAt(row) == next_[row]) continue;
     if (!changed.empty() && changed.back().second == toInt(row) - 1) {
       changed.back().second = toInt(row);
     } else {
       changed.emplace_back(toInt(row), toInt(row));
     }
   }
+  shown_ = std::exchange(next_, {});
+  std::iota(order_.begin(), order_.end(), RowId{0});
   // Very many runs are told as one: views look only at the rows on screen, but they look at every signal.
   if (changed.size() > kMostRowSteps) changed = {{changed.front().first, changed.back().second}};
   for (const auto& [first, last] : changed) emit dataChanged(index(first), index(last));

@@ -7,14 +7,12 @@
 #include <QPersistentModelIndex>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "engine/sweeper_item.h"
 #include "sweeper/view/list_changes.h"
+#include "sweeper/view/shown_rows.h"
 
 namespace dunmere {
 
@@ -52,7 +50,7 @@ class RowListModel : public QAbstractListModel {
   /// Makes the rows those of `items`, which are children of one folder. `selectedRow` is an index into `items`.
   void update(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow);
 
-  int count() const { return static_cast<int>(rows_.size()); }
+  int count() const { return static_cast<int>(order_.size()); }
   int pressedRow() const { return pressedRow_.row(); }
   void setPressedRow(int row);
   int focusedRow() const { return focusedRow_.row(); }
@@ -70,34 +68,25 @@ class RowListModel : public QAbstractListModel {
   void updated();        ///< and has ended
 
  private:
-  struct Row {
-    std::string name;  // raw bytes
-    std::int64_t sizeBytes = 0;
-    bool isDirectory = false;
-    bool sizeIsPartialMinimum = false;
-    bool isSymbolicLink = false;
-    bool selected = false;
+  // Names a row: one of shown_, or while an update brings in new rows one of next_.
+  using RowId = std::uint32_t;
+  static constexpr RowId kOfNext = RowId{1} << 31;
 
-    bool hasValuesOf(const SweeperItem& item, bool isSelected) const;  // of an item of the same name
-  };
-  // Rows are moved by pointer: a move shifts all pointers between its two places.
-  using Rows = std::vector<std::unique_ptr<Row>>;
+  static QString sizeText(const ShownRow& row);
+  static QString accessibleText(const ShownRow& row);
 
-  static Row rowOf(const SweeperItem& item, bool selected);
-  static Rows makeRows(const std::vector<SweeperItem>& items, std::size_t first, std::size_t count);
-  static QString sizeText(const Row& row);
-  static QString accessibleText(const Row& row);
-
-  ListMatch matchWith(const std::vector<SweeperItem>& items) const;
-  void applySteps(const std::vector<ListChange>& steps, const std::vector<SweeperItem>& items);
-  void resort(const ListMatch& match, const std::vector<SweeperItem>& items);
+  const ShownRow& rowAt(std::size_t position) const;
+  void applySteps(const std::vector<ListChange>& steps);
+  void resort(const ListMatch& match);
   void removeRange(std::size_t first, std::size_t count);
-  void insertRange(std::size_t first, Rows added);
+  void insertRange(std::size_t first, const std::vector<RowId>& added);
   void moveRow(std::size_t from, std::size_t to);
   void reorder(const std::vector<std::size_t>& oldPositions);
-  void updateValues(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow);
+  void showNext();
 
-  Rows rows_;
+  ShownRows shown_;
+  ShownRows next_;            // what an update leads to; empty between updates
+  std::vector<RowId> order_;  // between updates every row of shown_ in turn
   QPersistentModelIndex pressedRow_;
   QPersistentModelIndex focusedRow_;
 };
