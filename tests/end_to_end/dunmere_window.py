@@ -16,9 +16,10 @@ def starting_with(beginning):
 
 
 class DunmereWindow:
-    def __init__(self, session, binary):
+    def __init__(self, session, binary, under=()):
+        """`under` is the command of a program that starts and watches it."""
         self.session = session
-        self.program = session.start("dunmere", [binary])
+        self.program = session.start("dunmere", [*under, binary])
 
     def button(self, name, inside=None):
         return self.session.see(BUTTON, name, inside)

@@ -11,6 +11,7 @@ import tempfile
 import time
 import unittest
 import urllib.parse
+from random import Random
 
 from desktop_session import DesktopSession, wait_for
 from dunmere_window import TEXT, DunmereWindow, starting_with
@@ -126,11 +127,16 @@ class SweepTest(EndToEndTest):
         self.assertEqual(urllib.parse.unquote_to_bytes(values["Path"]), self.odd_file)
         self.assertRegex(values["DeletionDate"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d$")
 
-    def test_reveals_the_selected_file_by_its_exact_bytes(self):
+    def start_file_manager(self):
+        """Returns the path of the file that it notes its calls in."""
         calls = os.path.join(self.output, "file-manager-calls")
         manager = self.session.start("file-manager", ["/usr/bin/python3", os.path.join(
             os.path.dirname(os.path.realpath(__file__)), "fake_file_manager.py"), calls])
         wait_for("the file manager to be there", lambda: manager.output() == "ready\n")
+        return calls
+
+    def test_reveals_the_selected_file_by_its_exact_bytes(self):
+        calls = self.start_file_manager()
         self.start()
         self.sweep_and_open_two_levels()
         self.window.select("Holiday", ODD_NAME_SHOWN)
@@ -263,18 +269,43 @@ class LongColumnTest(EndToEndTest):
 
 
 class CloseTest(EndToEndTest):
-    def test_closing_the_window_ends_the_program_during_a_sweep(self):
+    ROUNDS = 5
+
+    def setUp(self):
+        super().setUp()
         # The wide root folder makes every snapshot long to show, so that the sweep takes seconds and not a moment.
         subprocess.run([MAKE_TREE, self.disk, "--files", "200000", "--folders", "3", "--size", "0"], check=True)
+
+    def close_and_time(self):
+        """Closes the window; returns the milliseconds from the closing key to the end of the process."""
+        self.window.close()
+        asked = time.monotonic()
+        self.assertEqual(self.window.wait_for_exit(), 0)
+        self.assertEqual(self.window.complaints(), [])
+        return (time.monotonic() - asked) * 1000
+
+    def test_closing_the_window_ends_the_program_during_a_sweep(self):
         window = self.start()
         window.sweep_folder(self.disk)
         self.session.see(TEXT, lambda name: name.endswith(" scanned"))
-        window.close()
-        asked = time.monotonic()
-        code = window.wait_for_exit()
-        print(f"\nfrom the closing key to the end of the process: {(time.monotonic() - asked) * 1000:.0f} ms", flush=True)
-        self.assertEqual(code, 0)
-        self.assertEqual(window.complaints(), [])
+        print(f"\nfrom the closing key to the end of the process: {self.close_and_time():.0f} ms", flush=True)
+
+    def test_closing_at_any_moment_ends_the_program_well(self):
+        seed = int(os.environ.get("DUNMERE_TEST_SEED", time.time_ns()))
+        print(f"\nseed {seed} (DUNMERE_TEST_SEED={seed} repeats it)", flush=True)
+        random = Random(seed)
+        for _ in range(self.ROUNDS):
+            window = self.start()
+            window.sweep_folder(self.disk)
+            on_the_way = random.choice([[], ["Drives…"], ["Settings"], ["Settings", "Free Space"]])
+            for button in on_the_way:
+                time.sleep(random.uniform(0, 0.3))
+                window.press(button)
+            if on_the_way in (["Drives…"], ["Settings", "Free Space"]) and random.random() < 0.5:
+                window.sweep_folder(self.disk)
+                on_the_way.append("another sweep")
+            time.sleep(random.uniform(0, 1))
+            print(f"a sweep, {on_the_way}, closed: ended after {self.close_and_time():.0f} ms", flush=True)
 
 
 if __name__ == "__main__":
