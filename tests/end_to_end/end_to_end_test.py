@@ -255,14 +255,19 @@ class LongColumnTest(EndToEndTest):
         self.window.sweep_folder(self.disk)
         self.window.wait_for_end_of_sweep()
         self.session.scroll_down(self.window.column("disk"), 20)
-        wait_for("the column to scroll", lambda: "file000.bin" not in self.names_on_screen())
-        clicked = self.names_on_screen()[5]
+        clicked = wait_for("the column to scroll and stop", self.names_at_rest)[5]
         self.assertGreater(clicked, "file020.bin")
         self.window.select("disk", clicked)
         self.window.wait_for_status(f"{clicked} / {self.disk}")
         self.session.picture("scrolled")
         self.assertIn(clicked, self.names_on_screen())
         self.close_and_check()
+
+    def names_at_rest(self):
+        """None while the column still scrolls, or has not begun to."""
+        before = self.names_on_screen()
+        time.sleep(0.2)
+        return before if before == self.names_on_screen() and "file000.bin" not in before else None
 
     def names_on_screen(self):
         return [row.split(", ")[0] for row in self.window.rows("disk")]
