@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -177,10 +178,11 @@ void appendColumn(JsonText& json, const std::expected<std::vector<dunmere::Sweep
 void appendColumns(JsonText& json, dunmere::FileSystem& fileSystem, const Options& options,
                    const SweepInventory& inventory) {
   std::vector<double> times;
+  std::map<std::string, dunmere::ColumnMemory> memories;  // as a window keeps them for its open columns
   json.key("columns").openArray();
   for (const std::string& folder : options.columns) {
     const auto start = std::chrono::steady_clock::now();
-    const auto column = DiskSweeperScan::columnChildren(fileSystem, FileUrl(folder), inventory);
+    const auto column = DiskSweeperScan::columnChildren(fileSystem, FileUrl(folder), inventory, &memories[folder]);
     times.push_back(secondsSince(start));
     appendColumn(json, column);
   }

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/column_memory.h"
 #include "engine/disk_sweeper_scan.h"
 #include "engine/key_order.h"
 #include "engine/path_finder.h"
@@ -31,7 +32,8 @@ struct RowFacts {
 ///   3. the rows, now in their final order, become items.
 class ColumnListing {
  public:
-  ColumnListing(FileSystem& fileSystem, const FileUrl& parent, const SweepInventory& inventory, OpenFolder& folder)
+  ColumnListing(FileSystem& fileSystem, const FileUrl& parent, const SweepInventory& inventory, OpenFolder& folder,
+                ColumnMemory& memory)
       : fileSystem_(fileSystem),
         parent_(parent),
         inventory_(inventory),
@@ -40,7 +42,8 @@ class ColumnListing {
         holdsRoot_(inventory.rootPath != "/" &&
                    FileUrl(inventory.rootPath).deletingLastPathComponent().key() == parent.key()),
         partialMark_(!inventory.scanComplete || inventory.hadReadErrors),
-        folder_(folder) {}
+        folder_(folder),
+        memory_(memory) {}
 
   std::expected<void, SweepError> read() {
     EntryBatch batch;
@@ -48,6 +51,7 @@ class ColumnListing {
       if (const auto result = folder_.readEntries(batch); !result) return std::unexpected(result.error());
       for (const EntryBatch::Entry& entry : batch.entries()) addRow(batch.name(entry), entry.attributes.kind);
     } while (!batch.empty());
+    memory_.begin(names_, rows_.size());
     return {};
   }
 
@@ -71,7 +75,8 @@ class ColumnListing {
   /// Small enough to be moved about while sorting; the names stay where they are.
   struct Row {
     std::size_t nameOffset = 0;
-    std::size_t nameLength = 0;
+    std::uint32_t nameLength = 0;
+    std::uint32_t position = 0;  // in the folder
     RowFacts facts;
   };
   using RowIterator = std::vector<Row>::iterator;
@@ -79,8 +84,9 @@ class ColumnListing {
   static std::int64_t sizeOf(const Row& row) { return row.facts.sizeBytes; }
 
   void addRow(std::string_view name, EntryKind kind) {
-    rows_.push_back({names_.size(), name.size(), factsOf(name, kind)});
-    names_.append(name);
+    rows_.push_back({names_.size(), static_cast<std::uint32_t>(name.size()), static_cast<std::uint32_t>(rows_.size()),
+                     factsOf(name, kind)});
+    names_.append(name).push_back('/');
   }
 
   RowFacts factsOf(std::string_view name, EntryKind kind) {
@@ -143,7 +149,7 @@ class ColumnListing {
     const std::vector<Row> unsorted(begin, end);
     KeyOrder order;
     order.reserve(unsorted.size());
-    for (const Row& row : unsorted) order.add(fileSystem_.nameSortKey(nameOf(row)));
+    for (const Row& row : unsorted) order.add(memory_.key(fileSystem_, row.position, nameOf(row)));
     std::ranges::transform(order.sorted(), begin, [&unsorted](std::size_t position) { return unsorted[position]; });
   }
 
@@ -166,7 +172,8 @@ class ColumnListing {
   const bool holdsRoot_;
   const bool partialMark_;  // one for the whole column
   OpenFolder& folder_;
-  std::string names_;  // of all rows, side by side
+  ColumnMemory& memory_;
+  std::string names_;  // of all rows, in the folder's order, each ended by a slash
   std::vector<Row> rows_;
 };
 
@@ -174,10 +181,12 @@ class ColumnListing {
 
 std::expected<std::vector<SweeperItem>, SweepError> DiskSweeperScan::columnChildren(FileSystem& fileSystem,
                                                                                     const FileUrl& parent,
-                                                                                    const SweepInventory& inventory) {
+                                                                                    const SweepInventory& inventory,
+                                                                                    ColumnMemory* memory) {
   const auto folder = fileSystem.openFolder(parent, EntryDetail::kinds);
   if (!folder) return std::unexpected(folder.error());
-  ColumnListing listing(fileSystem, parent, inventory, **folder);
+  ColumnMemory noMemory;
+  ColumnListing listing(fileSystem, parent, inventory, **folder, memory != nullptr ? *memory : noMemory);
   if (const auto result = listing.read(); !result) return std::unexpected(result.error());
   listing.sort();
   return listing.items();

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "engine/column_memory.h"
 #include "engine/file_system.h"
 #include "engine/file_url.h"
 #include "engine/sweep_error.h"
@@ -44,10 +45,12 @@ struct DiskSweeperScan {
                                                     ScanOptions options = {});
 
   /// The direct children of `parent`, sized from `inventory`, largest first, equal sizes by name. Any thread; reads the
-  /// disk for this one folder only. Fails with the listing's error.
+  /// disk for this one folder only. Fails with the listing's error. A `memory` kept from one listing of the same folder
+  /// to the next makes the next one faster; it never changes what a listing returns.
   static std::expected<std::vector<SweeperItem>, SweepError> columnChildren(FileSystem& fileSystem,
                                                                             const FileUrl& parent,
-                                                                            const SweepInventory& inventory);
+                                                                            const SweepInventory& inventory,
+                                                                            ColumnMemory* memory = nullptr);
 };
 
 }  // namespace dunmere

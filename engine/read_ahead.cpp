@@ -7,14 +7,16 @@ namespace dunmere {
 
 namespace {
 
-// Enough to keep every reader busy while the consumer is held up, and small against what is counted.
+// Enough to keep every reader busy while the consumer is held up, and small against what is counted. With 128 folders a
+// scan of 1,000,000 files took a twentieth to a tenth longer, with the cache warm as well as cold; 1,024 gain little
+// more, and descriptors of folders that wait would have to be closed and opened anew.
 constexpr std::size_t kMostHeldBytes = 512 * 1024;
-constexpr std::size_t kMostTakenFolders = 128;
+constexpr std::size_t kMostTakenFolders = 512;
 
 }  // namespace
 
 ReadAhead::ReadAhead(FileSystem& fileSystem, std::shared_ptr<OpenFolder> root, unsigned readers)
-    : fileSystem_(fileSystem), firstWaiting_(order_.end()), root_(std::move(root)) {
+    : fileSystem_(fileSystem), firstWaiting_(order_.end()), root_(std::move(root)), begunAhead_(order_.end()) {
   TakenFolder rootFolder;
   rootFolder.readByConsumer = true;
   order_.emplace_back(std::move(rootFolder));
@@ -44,7 +46,11 @@ void ReadAhead::startReaders(unsigned readers) {
 // ---- The list, under the lock ----
 
 ReadAhead::Order::iterator ReadAhead::firstWaiting() {
-  while (firstWaiting_ != order_.end() && std::holds_alternative<TakenFolder>(*firstWaiting_)) ++firstWaiting_;
+  for (; firstWaiting_ != order_.end(); ++firstWaiting_) {
+    TakenFolder* const taken = std::get_if<TakenFolder>(&*firstWaiting_);
+    if (taken == nullptr) break;
+    taken->beforeFirstWaiting = true;
+  }
   return firstWaiting_;
 }
 
@@ -68,9 +74,13 @@ ReadAhead::Claim ReadAhead::claim(Order::iterator waiting) {
 }
 
 /// Keeps what was read of a folder until the consumer takes it. Either that or std::bad_alloc and nothing is changed.
-void ReadAhead::hold(TakenFolder& folder, std::string files, std::size_t nameBytes) {
+void ReadAhead::hold(TakenFolder& folder, std::string& files, std::size_t nameBytes) {
   const std::size_t bytes = files.size() + nameBytes;
-  if (!files.empty()) folder.files.push_back(std::move(files));
+  if (folder.files.empty()) {
+    folder.files.swap(files);
+  } else {
+    folder.files += files;
+  }
   folder.heldBytes += bytes;
   heldBytes_ += bytes;
   updateFull();
@@ -83,8 +93,9 @@ void ReadAhead::end(Order::iterator place, Order& subfolders, bool failed) {
   folder.finished = true;
   if (subfolders.empty()) return;
   order_.splice(std::next(place), subfolders);
-  // They may be the first ones now. Looking from the start passes at most kMostTakenFolders.
-  firstWaiting_ = order_.begin();
+  if (!folder.beforeFirstWaiting) return;
+  const Order::iterator passed = std::exchange(firstWaiting_, std::next(place));
+  for (auto behind = std::next(firstWaiting_); behind != passed; ++behind) takenAt(behind).beforeFirstWaiting = false;
 }
 
 void ReadAhead::updateFull() {
@@ -125,35 +136,45 @@ bool ReadAhead::waitForWork(Lock& lock) {
 }
 
 void ReadAhead::readClaimed(Claim claimed, FolderReading& reading) try {
+  begin(claimed, reading);
   const Order::iterator place = claimed.place;
-  // Name and depth never change, and a folder stays in the list until it has ended: no lock is needed for them.
-  reading.begin(*claimed.parent, takenAt(place).name);
-  claimed.parent.reset();
-  claimed.emptied.clear();
   // A batch is handed over when the next one has been read, so that a folder of one batch changes hands in one go.
   std::string files;
   std::size_t nameBytes = 0;
   auto progress = reading.readBatch();
   for (; progress == FolderReading::Progress::more; progress = reading.readBatch()) {
-    if (!handOver(place, std::exchange(files, std::string(reading.files())),
-                  std::exchange(nameBytes, reading.folderNameBytes())))
-      return;
+    if (!handOver(place, files, nameBytes)) return;
+    files = reading.files();
+    nameBytes = reading.folderNameBytes();
   }
-  Order subfolders = subfoldersOf(reading, takenAt(place).depth);
-  const std::lock_guard lock(mutex_);
-  hold(takenAt(place), std::move(files), nameBytes);
-  end(place, subfolders, progress == FolderReading::Progress::failed);
-  if (place == head_) headAdvanced_.notify_one();
+  finish(place, reading, files, nameBytes, progress == FolderReading::Progress::failed);
 } catch (...) {
   fail(claimed.place, std::current_exception());
 }
 
+void ReadAhead::begin(Claim& claimed, FolderReading& reading) {
+  // Name and depth never change, and a folder stays in the list until it has ended: no lock is needed for them.
+  reading.begin(*claimed.parent, takenAt(claimed.place).name);
+  claimed.parent.reset();
+  claimed.emptied.clear();
+}
+
+/// Hands over the last of a folder.
+void ReadAhead::finish(Order::iterator place, FolderReading& reading, std::string& files, std::size_t nameBytes,
+                       bool failed) {
+  Order subfolders = subfoldersOf(reading, takenAt(place).depth);
+  const std::lock_guard lock(mutex_);
+  hold(takenAt(place), files, nameBytes);
+  end(place, subfolders, failed);
+  if (place == head_) headAdvanced_.notify_one();
+}
+
 /// Adds to what the consumer may take and waits while too much is held. False when reading is to stop.
-bool ReadAhead::handOver(Order::iterator place, std::string files, std::size_t nameBytes) {
+bool ReadAhead::handOver(Order::iterator place, std::string& files, std::size_t nameBytes) {
   if (files.empty() && nameBytes == 0) return !stop_;
   Lock lock(mutex_);
   TakenFolder& folder = takenAt(place);
-  hold(folder, std::move(files), nameBytes);
+  hold(folder, files, nameBytes);
   if (place == head_) headAdvanced_.notify_one();
   ++stoppedReaders_;
   roomCame_.wait(lock, [&] { return stop_ || !full_ || (place == head_ && folder.files.empty()); });
@@ -208,6 +229,10 @@ bool ReadAhead::advance() {
     head_ = order_.begin();
     if (std::holds_alternative<TakenFolder>(*head_)) {
       if (stoppedReaders_ > 0) roomCame_.notify_all();
+      if (head_ == begunAhead_) {
+        std::swap(reading_, ahead_);
+        begunAhead_ = order_.end();
+      }
       return true;
     }
     claimed = claim(head_);
@@ -219,7 +244,9 @@ bool ReadAhead::advance() {
 }
 
 std::optional<std::string_view> ReadAhead::nextFiles() {
-  return takenAt(head_).readByConsumer ? readFiles() : takeHandedOver();
+  const TakenFolder& folder = takenAt(head_);
+  // What the consumer reads itself no other thread writes to: no lock is needed to look.
+  return folder.readByConsumer && folder.files.empty() ? readFiles() : takeHandedOver();
 }
 
 std::optional<std::string_view> ReadAhead::readFiles() {
@@ -236,26 +263,65 @@ std::optional<std::string_view> ReadAhead::readFiles() {
 }
 
 std::optional<std::string_view> ReadAhead::takeHandedOver() {
-  if (nextHandedOver_ == handedOver_.size()) {
-    handedOver_.clear();
-    nextHandedOver_ = 0;
-    Lock lock(mutex_);
-    TakenFolder& folder = takenAt(head_);
-    headAdvanced_.wait(lock, [&] { return folder.finished || !folder.files.empty(); });
-    handedOver_.swap(folder.files);
-    for (const std::string& files : handedOver_) {
-      folder.heldBytes -= files.size();
-      heldBytes_ -= files.size();
+  Lock lock(mutex_);
+  TakenFolder& folder = takenAt(head_);
+  waitForHead(lock);
+  handedOver_.clear();
+  handedOver_.swap(folder.files);
+  folder.heldBytes -= handedOver_.size();
+  heldBytes_ -= handedOver_.size();
+  updateFull();
+  if (stoppedReaders_ > 0) roomCame_.notify_all();
+  if (!handedOver_.empty()) return handedOver_;
+  if (folder.fault) std::rethrow_exception(folder.fault);
+  failed_ = folder.failed;
+  return std::nullopt;
+}
+
+/// Until there are files, or the end, of the head. The consumer reads ahead meanwhile: threads that fall asleep and are
+/// woken for every folder cost more than the reading. (1,000,000 files in the cache, one reader: 2.1 s, so 1.0 s; eight
+/// readers and a cold cache: a tenth less.)
+void ReadAhead::waitForHead(Lock& lock) {
+  const TakenFolder& folder = takenAt(head_);
+  while (!folder.finished && folder.files.empty()) {
+    if (!mayReadAhead()) {
+      headAdvanced_.wait(lock);
+      continue;
     }
-    updateFull();
-    if (stoppedReaders_ > 0) roomCame_.notify_all();
-    if (handedOver_.empty()) {
-      if (folder.fault) std::rethrow_exception(folder.fault);
-      failed_ = folder.failed;
-      return std::nullopt;
-    }
+    Claim claimed = claim(firstWaiting());
+    lock.unlock();
+    readOneAhead(std::move(claimed));
+    lock.lock();
   }
-  return handedOver_[nextHandedOver_++];
+}
+
+bool ReadAhead::mayReadAhead() {
+  return !full_ && begunAhead_ == order_.end() && firstWaiting() != order_.end();
+}
+
+/// Reads a folder ahead of its turn. Of a giant one only the beginning, so that the consumer is not kept from the head:
+/// the rest is read when it is its turn.
+void ReadAhead::readOneAhead(Claim claimed) try {
+  begin(claimed, ahead_);
+  constexpr int kMostBatches = 2;  // a small folder takes one, and another read to find that it has ended
+  std::string files;
+  std::size_t nameBytes = 0;
+  auto progress = FolderReading::Progress::more;
+  for (int batch = 0; batch < kMostBatches && progress == FolderReading::Progress::more; ++batch) {
+    progress = ahead_.readBatch();
+    files += ahead_.files();
+    nameBytes += ahead_.folderNameBytes();
+  }
+  if (progress != FolderReading::Progress::more) {
+    finish(claimed.place, ahead_, files, nameBytes, progress == FolderReading::Progress::failed);
+    return;
+  }
+  const std::lock_guard lock(mutex_);
+  hold(takenAt(claimed.place), files, nameBytes);
+  takenAt(claimed.place).readByConsumer = true;
+  begunAhead_ = claimed.place;
+} catch (...) {
+  fail(claimed.place, std::current_exception());
 }
 
 }  // namespace dunmere

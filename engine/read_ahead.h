@@ -24,12 +24,14 @@ namespace dunmere {
 /// The order of consumption is one list. It starts with the folder being consumed; behind every folder that has been
 /// read stand its sub-folders, in directory order, and they in turn come before its siblings. A folder is either
 /// *taken* (some thread reads it or has read it) or still one of the *waiting* sub-folders of a folder that was read. A
-/// reader takes the first waiting folder of the list; so does the consumer when it gets to one that nobody took. Whole
-/// folders change hands, giant ones batch by batch.
+/// reader takes the first waiting folder of the list; so does the consumer when it gets to one that nobody took, and as
+/// long as it would otherwise have to wait for one that a reader is in. Whole folders change hands, giant ones batch by
+/// batch.
 ///
 /// What the consumer gets does not depend on the number of readers. With none it reads everything itself. What is held
-/// in memory is bounded: at the bound readers stop, and go on when half of it has been consumed. Only the folder being
-/// consumed is always read on, as far as the consumer has taken what there was, or the two would wait for each other.
+/// in memory is bounded: at the bound nothing more is read ahead until half of it has been consumed. Only the folder
+/// being consumed is always read on, as far as the consumer has taken what there was, or the two would wait for each
+/// other.
 ///
 /// One thread makes, uses and destroys it; destruction waits for the readers, each of which finishes at most the one
 /// system call that it is in.
@@ -64,11 +66,12 @@ class ReadAhead {
     std::string name;
     std::size_t depth = 0;
     bool readByConsumer = false;
+    bool beforeFirstWaiting = true;  // kept up to date for those before it; for others when they come to stand there
     bool finished = false;
     bool failed = false;
     std::exception_ptr fault;
-    std::vector<std::string> files;  // packed records that were read and not yet consumed
-    std::size_t heldBytes = 0;       // its share of heldBytes_, which counts what was read and not yet consumed
+    std::string files;          // packed records that were read and not yet consumed
+    std::size_t heldBytes = 0;  // its share of heldBytes_, which counts what was read and not yet consumed
   };
 
   struct WaitingFolders {
@@ -93,22 +96,26 @@ class ReadAhead {
   // Under the lock.
   Order::iterator firstWaiting();
   Claim claim(Order::iterator waiting);
-  void hold(TakenFolder& folder, std::string files, std::size_t nameBytes);
+  void hold(TakenFolder& folder, std::string& files, std::size_t nameBytes);
   void end(Order::iterator place, Order& subfolders, bool failed);
   void updateFull();
-
   // Readers.
   void startReaders(unsigned readers);
   void readAsThread();
   bool waitForWork(Lock& lock);
   void readClaimed(Claim claimed, FolderReading& reading);
-  bool handOver(Order::iterator place, std::string files, std::size_t nameBytes);
+  static void begin(Claim& claimed, FolderReading& reading);
+  void finish(Order::iterator place, FolderReading& reading, std::string& files, std::size_t nameBytes, bool failed);
+  bool handOver(Order::iterator place, std::string& files, std::size_t nameBytes);
   void fail(Order::iterator place, std::exception_ptr fault) noexcept;
 
   // The consumer.
   bool advance();
   std::optional<std::string_view> readFiles();
   std::optional<std::string_view> takeHandedOver();
+  void waitForHead(Lock& lock);
+  bool mayReadAhead();
+  void readOneAhead(Claim claimed);
 
   FileSystem& fileSystem_;
 
@@ -129,8 +136,9 @@ class ReadAhead {
   // The consumer's own.
   std::shared_ptr<OpenFolder> root_;  // until it is read
   FolderReading reading_;             // of a folder that nobody read ahead
-  std::vector<std::string> handedOver_;
-  std::size_t nextHandedOver_ = 0;
+  FolderReading ahead_;               // of a folder that the consumer reads ahead itself
+  Order::iterator begunAhead_;        // the giant folder that ahead_ has begun, if any
+  std::string handedOver_;
   bool failed_ = false;
 
   std::vector<std::thread> readers_;

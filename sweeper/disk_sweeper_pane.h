@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/column_memory.h"
 #include "engine/file_system.h"
 #include "engine/file_url.h"
 #include "engine/sweep_inventory.h"
@@ -143,6 +144,7 @@ class DiskSweeperPane {
   std::vector<FileUrl> pathDirectories_;
   std::optional<FileUrl> selectedLeafURL_;
   std::vector<std::vector<SweeperItem>> columnChildren_;
+  std::vector<ColumnMemory> columnMemories_;  // one a column, for its next listing
   std::vector<ColumnLoadId> columnLoadIDs_;
   std::optional<std::string> loadError_;
   std::string scanStatus_;

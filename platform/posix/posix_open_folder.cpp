@@ -61,11 +61,9 @@ std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::descriptor() {
 std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::pinOrReopen() {
   if (Pin pin = descriptors_.pin(slot_)) return pin;
   // Up to the nearest folder that is still open (the topmost always is), then down again, opening each on the way.
-  std::vector<PosixOpenFolder*> closed;
+  std::vector<PosixOpenFolder*> closed = {this};
   Pin above;
-  for (PosixOpenFolder* folder = this; !(above = descriptors_.pin(folder->slot_)); folder = folder->parent_.get()) {
-    closed.push_back(folder);
-  }
+  while (!(above = descriptors_.pin(closed.back()->parent_->slot_))) closed.push_back(closed.back()->parent_.get());
   for (PosixOpenFolder* folder : closed | std::views::reverse) {
     auto opened = openEntry(above.descriptor(), folder->name_);
     if (!opened) return std::unexpected(opened.error());

@@ -211,7 +211,7 @@ TEST(ReadAhead, ReadersGoAheadWhileTheConsumerStandsStill) {
 
 TEST(ReadAhead, ReadersNeverGetFurtherAheadThanTheBound) {
   // What one may take at most before the consumer has to follow.
-  constexpr int kBound = 128;
+  constexpr int kBound = 512;
   constexpr int kFolders = 2'000;
   MemoryFileSystem fileSystem;
   for (int i = 0; i < kFolders; ++i) fileSystem.addFile("/r/" + std::to_string(i) + "/f", 1);
@@ -307,6 +307,77 @@ TEST(ReadAhead, ConsumerReadsItselfWhatNobodyTookWhileTheReaderHangs) {
   release.count();
   EXPECT_EQ(takeFolder(readAhead, *readAhead.nextFolder()), "  b: 3");
   EXPECT_FALSE(readAhead.nextFolder());
+}
+
+// The first folder "a" keeps its reader until `release` counts.
+class HeldUpReading {
+ public:
+  explicit HeldUpReading(MemoryFileSystem& fileSystem) {
+    fileSystem.onOpen([this](const std::string& path) {
+      if (path == "/r/a") {
+        hanging.count();
+        release.waitFor(1);
+      } else {
+        opened.count();
+      }
+    });
+  }
+  Counter hanging;
+  Counter release;
+  Counter opened;
+};
+
+TEST(ReadAhead, ConsumerReadsAheadInsteadOfWaitingForAReader) {
+  MemoryFileSystem fileSystem;
+  for (const char* file : {"/r/a/1", "/r/b/2", "/r/b/in b/3", "/r/c/4"}) fileSystem.addFile(file, 1);
+  auto root = open(fileSystem, "/r");
+  HeldUpReading reading(fileSystem);
+  ReadAhead readAhead(fileSystem, std::move(root), 1);
+  EXPECT_EQ(takeFolder(readAhead, *readAhead.nextFolder()), ":");
+  reading.hanging.waitFor(1);
+  // Nobody but the consumer is left to open the others.
+  std::thread releaser([&] {
+    reading.opened.waitFor(3);
+    reading.release.count();
+  });
+  Lines lines;
+  while (const auto folder = readAhead.nextFolder()) lines.push_back(takeFolder(readAhead, *folder));
+  releaser.join();
+  EXPECT_EQ(lines, (Lines{"  a: 1", "  b: 2", "    in b: 3", "  c: 4"}));
+}
+
+TEST(ReadAhead, ConsumerReadsOfAGiantFolderOnlyTheBeginningAhead) {
+  constexpr int kFiles = 1'000;
+  MemoryFileSystem fileSystem;
+  fileSystem.setBatchSize(10);
+  fileSystem.addFile("/r/a/1", 1);
+  std::string expected = "  giant:";
+  for (int i = 0; i < kFiles; ++i) {
+    fileSystem.addFile("/r/giant/" + std::to_string(i), 1);
+    expected += " " + std::to_string(i);
+  }
+  fileSystem.addFile("/r/giant/inside/2", 1);
+  fileSystem.addFile("/r/last/3", 1);
+  auto root = open(fileSystem, "/r");
+  HeldUpReading reading(fileSystem);
+  Counter reads;
+  fileSystem.onRead([&reads](const std::string& path) {
+    if (path == "/r/giant") reads.count();
+  });
+  ReadAhead readAhead(fileSystem, std::move(root), 1);
+  EXPECT_EQ(takeFolder(readAhead, *readAhead.nextFolder()), ":");
+  reading.hanging.waitFor(1);
+  std::thread releaser([&] {
+    reads.waitFor(2);
+    std::this_thread::sleep_for(kTimeToGoTooFar);
+    reading.release.count();
+  });
+  EXPECT_EQ(takeFolder(readAhead, *readAhead.nextFolder()), "  a: 1");
+  EXPECT_EQ(reads.value(), 2);
+  Lines lines;
+  while (const auto folder = readAhead.nextFolder()) lines.push_back(takeFolder(readAhead, *folder));
+  releaser.join();
+  EXPECT_EQ(lines, (Lines{expected, "    inside: 2", "  last: 3"}));
 }
 
 TEST(ReadAhead, WalksOnWithoutTheReadersThatCannotBeStarted) {
