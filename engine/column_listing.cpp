@@ -4,9 +4,11 @@
 #include <expected>
 #include <functional>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -183,13 +185,19 @@ std::expected<std::vector<SweeperItem>, SweepError> DiskSweeperScan::columnChild
                                                                                     const FileUrl& parent,
                                                                                     const SweepInventory& inventory,
                                                                                     ColumnMemory* memory) {
-  const auto folder = fileSystem.openFolder(parent, EntryDetail::kinds);
-  if (!folder) return std::unexpected(folder.error());
-  ColumnMemory noMemory;
-  ColumnListing listing(fileSystem, parent, inventory, **folder, memory != nullptr ? *memory : noMemory);
-  if (const auto result = listing.read(); !result) return std::unexpected(result.error());
-  listing.sort();
-  return listing.items();
+  // Made while there still is some.
+  SweepError outOfMemory{SweepAttempt::openFolder, parent, std::make_error_code(std::errc::not_enough_memory), {}};
+  try {
+    const auto folder = fileSystem.openFolder(parent, EntryDetail::kinds);
+    if (!folder) return std::unexpected(folder.error());
+    ColumnMemory forgotten;
+    ColumnListing listing(fileSystem, parent, inventory, **folder, memory != nullptr ? *memory : forgotten);
+    if (const auto result = listing.read(); !result) return std::unexpected(result.error());
+    listing.sort();
+    return listing.items();
+  } catch (const std::bad_alloc&) {
+    return std::unexpected(std::move(outOfMemory));
+  }
 }
 
 }  // namespace dunmere

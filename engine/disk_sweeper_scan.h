@@ -45,8 +45,9 @@ struct DiskSweeperScan {
                                                     ScanOptions options = {});
 
   /// The direct children of `parent`, sized from `inventory`, largest first, equal sizes by name. Any thread; reads the
-  /// disk for this one folder only. Fails with the listing's error. A `memory` kept from one listing of the same folder
-  /// to the next makes the next one faster; it never changes what a listing returns.
+  /// disk for this one folder only. Fails with the listing's error, and when the column does not fit into memory. A
+  /// `memory` kept from one listing of the same folder to the next makes the next one faster; it never changes what a
+  /// listing returns.
   static std::expected<std::vector<SweeperItem>, SweepError> columnChildren(FileSystem& fileSystem,
                                                                             const FileUrl& parent,
                                                                             const SweepInventory& inventory,

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <future>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -20,6 +22,19 @@ namespace {
 std::string scanStatusText(const SweepInventory& snapshot) {
   const std::string counted = std::to_string(snapshot.fileCount) + " files · " + byteCountText(snapshot.totalFileBytes);
   return snapshot.scanComplete ? counted : counted + " scanned";
+}
+
+/// Does `work` in spite of a lack of memory, which may well be what it tells of: nobody else would tell it.
+template <typename Work>
+void doWhenPossible(Work work) {
+  for (;;) {
+    try {
+      work();
+      return;
+    } catch (const std::bad_alloc&) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+  }
 }
 
 }  // namespace
@@ -60,9 +75,11 @@ void DiskSweeperPane::startScan(const FileUrl& root) {
     // A scan that ended well has already delivered its last snapshot.
     const DiskSweeperScan::ScanResult result = scan.get();
     if (result) return;
-    mailbox->deliver([this, error = result.error()] {
-      failScan(error);
-      changed();
+    doWhenPossible([&] {
+      mailbox->deliver([this, error = result.error()] {
+        failScan(error);
+        changed();
+      });
     });
   };
   try {

@@ -1,0 +1,318 @@
+// Scans and listings while the system refuses one call after another: each ends with the truth or with an error.
+#include "tests/support/system_faults.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/column_memory.h"
+#include "engine/disk_sweeper_scan.h"
+#include "platform/platform_file_system.h"
+#include "sweeper/disk_sweeper_pane.h"
+#include "tests/platform/folder_contents.h"
+#include "tests/support/child_process.h"
+#include "tests/support/fake_desktop.h"
+#include "tests/support/inventory_sums.h"
+#include "tests/support/main_thread_queue.h"
+#include "tests/support/print_values.h"
+#include "tests/support/temporary_tree.h"
+
+namespace dunmere::test {
+namespace {
+
+using ScanResult = DiskSweeperScan::ScanResult;
+using Counted = std::map<std::string, std::int64_t>;
+
+std::ptrdiff_t openDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return std::distance(begin(all), end(all));
+}
+
+Counted countedIn(const SweepInventory& inventory) {
+  Counted counted;
+  inventory.pathBytes.forEach([&](std::string_view key, std::int64_t bytes) { counted.emplace(key, bytes); });
+  return counted;
+}
+
+/// Never destroyed: a pane's scan may still be ending when its test is over.
+FileSystem* fileSystem() {
+  static FileSystem* const files = makePlatformFileSystem().release();
+  return files;
+}
+
+class SystemFaults : public ::testing::Test {
+ protected:
+  SystemFaults() {
+    for (const std::string branch : {"a", "b", "c"}) {
+      for (const std::string& folder : {branch, branch + "/d", branch + "/d/e", branch + "/f"}) {
+        tree.folder(folder);
+        tree.file(folder + "/one", 5'000);
+        tree.file(folder + "/two", 50'000);
+      }
+      tree.link(branch + " link", branch + "/one");
+    }
+    full = scan(0).value();
+    fullCount = countedIn(full);
+  }
+
+  /// Ends for the scan's own thread before it returns.
+  ScanResult scan(unsigned readers) {
+    return DiskSweeperScan::runProgressiveScan(*files, tree.url(), [](const SweepInventory&) {}, {.readers = readers})
+        .get();
+  }
+
+  /// Fails the first, second ... call in turn until a run has none so late any more. `check` gets what came out; none
+  /// when the memory ran out before a thread could take over.
+  template <typename Check>
+  void failEach(Fallible call, int error, Check check) {
+    for (const unsigned readers : {0u, 3u}) {
+      const auto descriptors = openDescriptors();
+      int first = 1;
+      for (bool hasFailed = true; hasFailed && !HasFailure(); ++first) {
+        SCOPED_TRACE("call " + std::to_string(first) + ", " + std::to_string(readers) + " readers");
+        std::optional<ScanResult> result;
+        {
+          const FailingCall failing(call, first, error);
+          try {
+            result = scan(readers);
+          } catch (const std::bad_alloc&) {
+          }
+          hasFailed = failing.hasFailed();
+        }
+        if (hasFailed) check(first, result);
+        EXPECT_EQ(openDescriptors(), descriptors);
+      }
+      EXPECT_GT(first, 2) << "nothing failed";
+    }
+  }
+
+  void expectWhole(const ScanResult& result) {
+    ASSERT_TRUE(result) << result.error().code.message();
+    EXPECT_FALSE(result->hadReadErrors);
+    EXPECT_EQ(countedIn(*result), fullCount);
+  }
+
+  /// What was counted is right, as far as it goes.
+  void expectPart(const ScanResult& result) {
+    ASSERT_TRUE(result) << result.error().code.message();
+    EXPECT_TRUE(result->scanComplete);
+    EXPECT_EQ(wrongSum(*result), "");
+    for (const auto& [key, bytes] : countedIn(*result)) {
+      const auto whole = fullCount.find(key);
+      ASSERT_NE(whole, fullCount.end()) << key;
+      EXPECT_LE(bytes, whole->second) << key;
+    }
+  }
+
+  TemporaryTree tree;
+  FileSystem* const files = fileSystem();
+  SweepInventory full = SweepInventory::emptyFor(FileUrl("/"));
+  Counted fullCount;
+};
+
+// ---- The scan ----
+
+TEST_F(SystemFaults, FolderThatDoesNotOpenIsAReadError) {
+  for (const int error : {EACCES, EIO, ESTALE, ENOTCONN}) {
+    failEach(Fallible::open, error, [this](int first, const std::optional<ScanResult>& result) {
+      expectPart(*result);
+      EXPECT_TRUE(result->value().hadReadErrors);
+      EXPECT_EQ(result->value().fileCount == 0, first == 1);
+    });
+  }
+}
+
+TEST_F(SystemFaults, OneMomentWithoutDescriptorsLosesNothing) {
+  for (const int error : {EMFILE, ENFILE})
+    failEach(Fallible::open, error, [this](int, const std::optional<ScanResult>& result) { expectWhole(*result); });
+}
+
+TEST_F(SystemFaults, NoMoreDescriptorsFromSomeMomentOnIsAReadError) {
+  for (int first = 2; first < 13; ++first) {
+    const FailingCall failing(Fallible::open, first, EMFILE, {.lasting = true});
+    const ScanResult result = scan(3);
+    expectPart(result);
+    EXPECT_TRUE(result->hadReadErrors) << first;
+  }
+}
+
+TEST_F(SystemFaults, FolderThatCannotBeReadToItsEndIsAReadError) {
+  for (const int error : {EIO, ENOMEM, ENOTCONN}) {
+    failEach(Fallible::getdents, error, [this](int, const std::optional<ScanResult>& result) {
+      expectPart(*result);
+      EXPECT_TRUE(result->value().hadReadErrors);
+    });
+  }
+}
+
+TEST_F(SystemFaults, InterruptedReadLosesNothing) {
+  failEach(Fallible::getdents, EINTR, [this](int, const std::optional<ScanResult>& result) { expectWhole(*result); });
+}
+
+TEST_F(SystemFaults, FileWithoutAttributesIsLeftOut) {
+  for (const int error : {EACCES, EIO, ENOENT}) {
+    failEach(Fallible::statx, error, [this](int, const std::optional<ScanResult>& result) {
+      expectPart(*result);
+      EXPECT_FALSE(result->value().hadReadErrors);
+      EXPECT_EQ(result->value().fileCount, full.fileCount - 1);
+    });
+  }
+}
+
+TEST_F(SystemFaults, ScanOutOfMemoryFailsOrIsWhole) {
+  failEach(Fallible::memory, ENOMEM, [this](int, const std::optional<ScanResult>& result) {
+    if (!result) return;  // before it began
+    if (*result)
+      expectWhole(*result);
+    else
+      EXPECT_EQ(errorOf(*result), ENOMEM);
+  });
+}
+
+TEST_F(SystemFaults, MissingThreadsCostNothingButTheScansOwn) {
+  failEach(Fallible::thread, EAGAIN, [this](int first, const std::optional<ScanResult>& result) {
+    if (first == 1)
+      EXPECT_EQ(errorOf(*result), EAGAIN);
+    else
+      expectWhole(*result);
+  });
+}
+
+TEST_F(SystemFaults, UserWithoutFurtherThreadsIsTold) {
+  const ChildResult result = runUnprivileged([this] {
+    const rlimit none{0, 0};
+    EXPECT_EQ(::setrlimit(RLIMIT_NPROC, &none), 0);
+    EXPECT_EQ(errorOf(scan(3)), EAGAIN);
+    EXPECT_EQ(errorOf(DiskSweeperScan::columnChildren(*files, tree.url(), full)), EAGAIN);
+    return 0;
+  });
+  EXPECT_EQ(result.exitCode, 0) << result.output;
+}
+
+// ---- The listing ----
+
+class ListingFaults : public SystemFaults {
+ protected:
+  using Column = std::expected<std::vector<SweeperItem>, SweepError>;
+
+  Column list(ColumnMemory* memory = nullptr) { return DiskSweeperScan::columnChildren(*files, folder, full, memory); }
+
+  const FileUrl folder = tree.url("a");
+
+  template <typename Check>
+  void failEachOfListing(Fallible call, int error, Check check) {
+    tree.link("a/link", "one");
+    tree.file("a/new", 5'000);
+    const auto whole = list().value();
+    const auto descriptors = openDescriptors();
+    int first = 1;
+    for (bool hasFailed = true; hasFailed && !HasFailure(); ++first) {
+      SCOPED_TRACE("call " + std::to_string(first));
+      std::optional<Column> column;
+      {
+        const FailingCall failing(call, first, error);
+        try {
+          column = list();
+        } catch (const std::bad_alloc&) {
+        }
+        hasFailed = failing.hasFailed();
+      }
+      if (hasFailed) check(first, column, whole);
+      EXPECT_EQ(openDescriptors(), descriptors);
+    }
+    EXPECT_GT(first, 2) << "nothing failed";
+  }
+};
+
+TEST_F(ListingFaults, UnreadableFolderFails) {
+  for (const auto call : {Fallible::open, Fallible::getdents}) {
+    tree.remove("a");
+    tree.folder("a");
+    failEachOfListing(call, EIO, [](int, const std::optional<Column>& column, const std::vector<SweeperItem>&) {
+      EXPECT_EQ(errorOf(*column), EIO);
+    });
+  }
+}
+
+TEST_F(ListingFaults, EntryWithoutAttributesKeepsItsRow) {
+  failEachOfListing(Fallible::statx, EIO,
+                    [](int, const std::optional<Column>& column, const std::vector<SweeperItem>& whole) {
+                      ASSERT_TRUE(*column);
+                      EXPECT_EQ((*column)->size(), whole.size());
+                    });
+}
+
+TEST_F(ListingFaults, OutOfMemoryFailsOrIsWhole) {
+  failEachOfListing(Fallible::memory, ENOMEM,
+                    [](int first, const std::optional<Column>& column, const std::vector<SweeperItem>& whole) {
+                      // Only the error itself has nobody to fall back on.
+                      ASSERT_TRUE(column || first == 1);
+                      if (!column) return;
+                      if (*column)
+                        EXPECT_EQ(**column, whole);
+                      else
+                        EXPECT_EQ(errorOf(*column), ENOMEM);
+                    });
+}
+
+// A column is listed again for every snapshot, with what the listing before remembered.
+TEST_F(ListingFaults, MemoryOfAFailedListingIsNotBelieved) {
+  const auto columnMemoryAfter = [this](int failingListing, int first, bool& hasFailed) {
+    ColumnMemory memory;
+    for (int listing = 0; listing < 2; ++listing) {
+      std::optional<FailingCall> failing;
+      if (listing == failingListing) failing.emplace(Fallible::memory, first, ENOMEM);
+      try {
+        list(&memory);
+      } catch (const std::bad_alloc&) {
+      }
+      if (failing) hasFailed = failing->hasFailed();
+    }
+    return memory;
+  };
+  for (const std::string name : {"three", "four", "five and more than fits into a short string"}) {
+    tree.file("a/" + name, 5'000);
+  }
+  const auto whole = list().value();
+  for (const int failingListing : {0, 1}) {
+    int first = 1;
+    for (bool hasFailed = true; hasFailed; ++first) {
+      SCOPED_TRACE("call " + std::to_string(first) + " of listing " + std::to_string(failingListing));
+      ColumnMemory memory = columnMemoryAfter(failingListing, first, hasFailed);
+      ASSERT_EQ(list(&memory).value(), whole);
+      ASSERT_EQ(list(&memory).value(), whole);
+    }
+    EXPECT_GT(first, 10) << "hardly anything failed";
+  }
+}
+
+// ---- The pane ----
+
+TEST_F(SystemFaults, PaneHearsOfAScanThatRanOutOfMemoryOnceThereIsSomeAgain) {
+  for (int first = 1; first < 60 && !HasFailure(); ++first) {
+    FakeDesktop desktop;
+    MainThreadQueue mainThread;
+    DiskSweeperPane pane(*files, desktop, mainThread, {[] { return false; }, [](bool) {}});
+    std::optional<FailingCall> failing;
+    pane.beginBrowsing(tree.url());
+    failing.emplace(Fallible::memory, first, ENOMEM, FailingCall::Manner{.lasting = true, .sparesCaller = true});
+    mainThread.runUntil([&] { return failing->hasFailed() || !pane.showsStatusStrip(); });
+    failing.reset();
+    EXPECT_TRUE(mainThread.runUntil([&] { return !pane.showsStatusStrip(); }));
+    if (pane.phase() == Phase::browsing)
+      EXPECT_EQ(pane.scanBytesSoFar(), full.totalFileBytes);
+    else
+      EXPECT_TRUE(pane.loadError().has_value());
+  }
+}
+
+}  // namespace
+}  // namespace dunmere::test
