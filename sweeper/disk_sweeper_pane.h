@@ -41,7 +41,8 @@ struct ColumnLoadId {
 
 /// Lives on the main thread: every function is called there, every field is read and written there. Scans run on
 /// threads of their own and reach the pane through its mailbox, which the destructor closes: a scan that outlives its
-/// pane runs to its end and touches nothing. The collaborators must outlive every scan, not only the pane.
+/// pane runs to its end and touches nothing. The collaborators must outlive every scan, not only the pane. Its texts
+/// are for the screen: a name in them is as displayText shows it.
 class DiskSweeperPane {
  public:
   using Listener = std::function<void()>;
@@ -66,7 +67,7 @@ class DiskSweeperPane {
   const std::optional<FileUrl>& selectedLeafURL() const { return selectedLeafURL_; }
   const std::vector<std::vector<SweeperItem>>& columnChildren() const { return columnChildren_; }
   const std::vector<ColumnLoadId>& columnLoadIDs() const { return columnLoadIDs_; }
-  const std::optional<std::string>& loadError() const { return loadError_; }  ///< raw bytes where it quotes a name
+  const std::optional<std::string>& loadError() const { return loadError_; }
   const std::string& scanStatus() const { return scanStatus_; }
   std::int64_t scanFileCount() const { return scanFileCount_; }
   std::int64_t scanBytesSoFar() const { return scanBytesSoFar_; }
@@ -96,7 +97,7 @@ class DiskSweeperPane {
   // Footer, reveal and trash.
   const FileUrl* revealURL() const;  ///< valid until the next change; null for none
   bool canTrashSelection() const;
-  std::string footerStatus() const;  ///< raw bytes where it quotes a name
+  std::string footerStatus() const;
   std::string trashConfirmTitle() const;
   void requestTrash();    ///< the trash button: raises confirmTrash
   void dismissTrash();    ///< "Cancel" or dismissal: lowers confirmTrash

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 namespace dunmere {
 
@@ -18,24 +19,61 @@ struct Range {
   char32_t last;
 };
 
-// Characters that show nothing themselves but change how the text around them reads or is ordered. The two joiners
-// U+200C and U+200D are not among them: several scripts and most emoji are spelt with them.
-constexpr std::array<Range, 12> kInvisible = {{
+// Characters that show nothing themselves but change how the text around them reads, is ordered or compares.
+constexpr std::array<Range, 19> kInvisible = {{
     {0x0080, 0x009F},    // C1 controls
     {0x00AD, 0x00AD},    // soft hyphen
+    {0x034F, 0x034F},    // combining grapheme joiner
     {0x061C, 0x061C},    // Arabic letter mark
+    {0x115F, 0x1160},    // Hangul fillers
+    {0x17B4, 0x17B5},    // Khmer inherent vowels
     {0x180E, 0x180E},    // Mongolian vowel separator
     {0x200B, 0x200B},    // zero width space
     {0x200E, 0x200F},    // left-to-right and right-to-left mark
     {0x2028, 0x202E},    // line and paragraph separator, embeddings and overrides
-    {0x2060, 0x2064},    // word joiner, invisible operators
-    {0x2066, 0x206F},    // isolates, deprecated format characters
+    {0x2060, 0x206F},    // word joiner, invisible operators, isolates, deprecated format characters
+    {0x3164, 0x3164},    // Hangul filler
     {0xFEFF, 0xFEFF},    // zero width no-break space
-    {0xFFF9, 0xFFFB},    // interlinear annotation
-    {0xE0000, 0xE007F},  // tags
+    {0xFFA0, 0xFFA0},    // halfwidth Hangul filler
+    {0xFFF0, 0xFFFB},    // interlinear annotation
+    {0x1D159, 0x1D159},  // musical null notehead
+    {0x1D173, 0x1D17A},  // musical beams and slurs
+    {0xE0000, 0xE00FF},  // tags
+    {0xE01F0, 0xE0FFF},  // the rest of their plane's ignorable characters
 }};
 
+// Spaces that look like the space bar's, only wider or narrower.
+constexpr std::array<Range, 7> kOtherSpaces = {{
+    {0x00A0, 0x00A0},
+    {0x1680, 0x1680},
+    {0x2000, 0x200A},
+    {0x202F, 0x202F},
+    {0x205F, 0x205F},
+    {0x2800, 0x2800},  // the braille pattern without dots
+    {0x3000, 0x3000},
+}};
+
+// Blocks of letters and digits that run from right to left.
+constexpr std::array<Range, 5> kRightToLeft = {{
+    {0x0590, 0x08FF},
+    {0xFB1D, 0xFDFF},
+    {0xFE70, 0xFEFE},
+    {0x10800, 0x10FFF},
+    {0x1E800, 0x1EFFF},
+}};
+
+// Joiners and variation selectors belong to the characters beside them: several scripts and most emoji are spelt with
+// them. Beside other characters they do nothing.
+constexpr std::array<Range, 1> kJoiners = {{{0x200C, 0x200D}}};
+constexpr std::array<Range, 2> kSelectors = {{{0xFE00, 0xFE0F}, {0xE0100, 0xE01EF}}};
+constexpr char32_t kFirstJoined = 0x0590;    // below it stand alphabets whose letters are never joined
+constexpr char32_t kFirstSelected = 0x00A0;  // of ASCII only the digits of keycaps have variants
+constexpr char32_t kKeycap = 0x20E3;
+
 constexpr std::string_view kReplacement = "\uFFFD";
+constexpr std::string_view kOpenBox = "\u2423";
+constexpr std::string_view kLeftToRightIsolate = "\u2066";
+constexpr std::string_view kPopIsolate = "\u2069";
 constexpr char32_t kControlPictures = 0x2400;
 constexpr char32_t kNewlinePicture = 0x2424;
 constexpr char32_t kDelete = 0x7F;
@@ -76,9 +114,17 @@ std::optional<Decoded> decodeFirst(std::string_view bytes) {
   return Decoded{character, length};
 }
 
-bool isInvisible(char32_t character) {
-  const auto range = std::ranges::lower_bound(kInvisible, character, {}, &Range::last);
-  return range != kInvisible.end() && character >= range->first;
+template <std::size_t kCount>
+bool isIn(const std::array<Range, kCount>& ranges, char32_t character) {
+  const auto range = std::ranges::lower_bound(ranges, character, {}, &Range::last);
+  return range != ranges.end() && character >= range->first;
+}
+
+/// Whether a character shows nothing where it stands. `before` and `after` are 0 at an end and beside an invalid byte.
+bool isInvisible(char32_t character, char32_t before, char32_t after) {
+  if (isIn(kJoiners, character)) return before < kFirstJoined || after < kFirstJoined;
+  if (isIn(kSelectors, character)) return before < kFirstSelected && after != kKeycap;
+  return isIn(kInvisible, character);
 }
 
 /// "[U+202E]": at least four hexadecimal digits.
@@ -95,36 +141,65 @@ std::string pictureText(char32_t picture) {
           static_cast<char>(0x80 | (picture & 0x3F))};
 }
 
-void appendShown(std::string& text, char32_t character, std::string_view spelling) {
-  if (character == '\n') {
-    text += pictureText(kNewlinePicture);
-  } else if (character < 0x20) {
-    text += pictureText(kControlPictures + character);
-  } else if (character == kDelete) {
-    text += pictureText(kDeletePicture);
-  } else if (isInvisible(character)) {
-    text += codeText(character);
-  } else {
-    text += spelling;
+/// What stands for a character that cannot be shown as it is; empty for one that can.
+std::string substitute(char32_t character, char32_t before, char32_t after) {
+  if (character == '\n') return pictureText(kNewlinePicture);
+  if (character < 0x20) return pictureText(kControlPictures + character);
+  if (character == kDelete) return pictureText(kDeletePicture);
+  if (isIn(kOtherSpaces, character)) return std::string(kOpenBox);
+  return isInvisible(character, before, after) ? codeText(character) : std::string();
+}
+
+char32_t firstCharacter(std::string_view bytes) {
+  const std::optional<Decoded> decoded = bytes.empty() ? std::nullopt : decodeFirst(bytes);
+  return decoded ? decoded->character : 0;
+}
+
+struct Shown {
+  std::string text;
+  bool hasRightToLeft = false;
+};
+
+Shown show(std::string_view bytes) {
+  Shown shown;
+  shown.text.reserve(bytes.size());
+  char32_t before = 0;
+  while (!bytes.empty()) {
+    const Decoded decoded = decodeFirst(bytes).value_or(Decoded{0, 0});
+    const std::string_view spelling = bytes.substr(0, std::max<std::size_t>(decoded.length, 1));
+    bytes.remove_prefix(spelling.size());
+    if (decoded.length == 0) {
+      shown.text += kReplacement;
+    } else {
+      const std::string instead = substitute(decoded.character, before, firstCharacter(bytes));
+      shown.text += instead.empty() ? spelling : instead;
+      shown.hasRightToLeft |= instead.empty() && isIn(kRightToLeft, decoded.character);
+    }
+    before = decoded.character;
   }
+  return shown;
+}
+
+bool isOrdinary(char byte) {
+  return byte >= ' ' && byte <= '~';
 }
 
 }  // namespace
 
-std::string displayText(std::string_view bytes) {
+std::string displayText(std::string_view name) {
+  if (std::ranges::all_of(name, isOrdinary)) return std::string(name);
+  Shown shown = show(name);
+  if (!shown.hasRightToLeft) return std::move(shown.text);
+  return std::string(kLeftToRightIsolate) + shown.text + std::string(kPopIsolate);
+}
+
+std::string displayPath(std::string_view path) {
   std::string text;
-  text.reserve(bytes.size());
-  while (!bytes.empty()) {
-    const std::optional<Decoded> decoded = decodeFirst(bytes);
-    const std::size_t taken = decoded ? decoded->length : 1;
-    if (decoded) {
-      appendShown(text, decoded->character, bytes.substr(0, taken));
-    } else {
-      text += kReplacement;
-    }
-    bytes.remove_prefix(taken);
+  for (std::size_t slash = path.find('/'); slash != std::string_view::npos; slash = path.find('/')) {
+    text += displayText(path.substr(0, slash)) + '/';
+    path.remove_prefix(slash + 1);
   }
-  return text;
+  return text + displayText(path);
 }
 
 }  // namespace dunmere

@@ -1,4 +1,4 @@
-// displayText: raw bytes of a name or path made safe to show.
+// displayText: the raw bytes of a name or path made safe to show.
 #pragma once
 
 #include <string>
@@ -6,9 +6,14 @@
 
 namespace dunmere {
 
-/// Valid UTF-8 for the screen: each invalid byte becomes U+FFFD; control characters become visible pictures (U+2400
-/// block, U+2424 for a newline); bidirectional controls and other invisible format characters become their code in
-/// brackets, so that a name cannot disguise itself. Anything else is unchanged. Any thread.
-std::string displayText(std::string_view bytes);
+/// Valid UTF-8 for the screen, by itself or within a sentence, always as plain text. A name cannot disguise itself:
+/// each invalid byte becomes U+FFFD; control characters become visible pictures (U+2400 block, U+2424 for a newline);
+/// bidirectional controls and other characters that show nothing become their code in brackets; a space that is not the
+/// space bar's becomes U+2423. Nor can it change places with what stands around it: a name with right-to-left letters
+/// comes in an isolate (U+2066 to U+2069). Any other name is unchanged. Any thread.
+std::string displayText(std::string_view name);
+
+/// The same for a path, component by component. Any thread.
+std::string displayPath(std::string_view path);
 
 }  // namespace dunmere

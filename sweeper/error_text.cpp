@@ -2,6 +2,8 @@
 
 #include <cerrno>
 
+#include "sweeper/display_text.h"
+
 namespace dunmere {
 
 namespace {
@@ -11,7 +13,7 @@ bool isPermissionFailure(const std::error_code& code) {
 }
 
 std::string quoted(const std::string& name) {
-  return "“" + name + "”";
+  return "“" + displayText(name) + "”";
 }
 
 std::string openFolderText(const std::string& name, const std::error_code& code) {

@@ -7,7 +7,8 @@
 
 namespace dunmere {
 
-/// A full English sentence naming the item by its last path component (raw bytes), with curly quotes. Any thread.
+/// A full English sentence naming the item by its last path component as displayText shows it, with curly quotes.
+/// Any thread.
 std::string errorText(const SweepError& error);
 
 }  // namespace dunmere

@@ -2,6 +2,7 @@
 
 #include "sweeper/byte_count_text.h"
 #include "sweeper/disk_sweeper_pane.h"
+#include "sweeper/display_text.h"
 #include "sweeper/error_text.h"
 
 namespace dunmere {
@@ -18,12 +19,12 @@ constexpr const char* kReadErrorsHint =
 
 /// What is selected: its name, then either how much is known of its size or where it lies.
 std::string selectionText(const FileUrl& target, const SweeperItem* item) {
-  const std::string name = target.lastPathComponent();
+  const std::string name = displayText(target.lastPathComponent());
   if (item && item->sizeIsPartialMinimum) {
     return name + " / at least " + byteCountText(item->sizeBytes) + " (partial scan)";
   }
   if (target.path() == "/") return name;
-  return name + " / " + target.deletingLastPathComponent().path();
+  return name + " / " + displayPath(target.deletingLastPathComponent().path());
 }
 
 }  // namespace
@@ -50,7 +51,7 @@ std::string DiskSweeperPane::footerStatus() const {
 
 std::string DiskSweeperPane::trashConfirmTitle() const {
   const FileUrl* target = revealURL();
-  return "Move “" + (target ? target->lastPathComponent() : "item") + "” to Trash?";
+  return "Move “" + (target ? displayText(target->lastPathComponent()) : "item") + "” to Trash?";
 }
 
 void DiskSweeperPane::requestTrash() {

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Dunmere.Theme
 
 // A button without decoration of its own: its content, pressable over its whole rectangle. It dims as a whole while
 // pressed or disabled, takes the focus by keyboard only, and then shows a thin ring.
@@ -41,7 +42,7 @@ T.AbstractButton {
         border.width: 2
         border.color: AppTheme.focusRing
         antialiasing: true
-        visible: root.visualFocus
+        visible: LastInput.isKeyboard && root.activeFocus
     }
 
     // Around the button and not in it, because the help is there for a disabled button too, and that hears nothing.

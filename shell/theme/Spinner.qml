@@ -14,7 +14,7 @@ Item {
     implicitWidth: 16
     implicitHeight: 16
 
-    Accessible.role: Accessible.Indicator
+    Accessible.role: Accessible.Animation
     Accessible.name: qsTr("Working")
 
     Timer {

@@ -12,6 +12,8 @@ Item {
     required property SweeperViewModel viewModel
 
     readonly property real minimumColumnHeight: 360
+    /// The column that had the keyboard last: Tab stops there only, the arrow keys lead to the others.
+    property int keyboardColumn: 0
 
     objectName: "browserChrome"
 
@@ -64,12 +66,19 @@ Item {
                 Repeater {
                     id: columnRepeater
                     model: root.viewModel.columns
+                    onItemRemoved: (index, item) => {
+                        if ((item as OpenColumn).column.holdsKeyboard)
+                            root.takeKeyboard();
+                    }
 
                     OpenColumn {
                         height: columnRow.height
+                        isTabStop: index === Math.min(root.keyboardColumn, columnRepeater.count - 1)
+                        column.onHoldsKeyboardChanged: if (column.holdsKeyboard)
+                            root.keyboardColumn = index
                         onRowActivated: row => root.viewModel.selectRow(index, row)
-                        onLeftRequested: root.giveKeyboardTo(index - 1)
-                        onRightRequested: root.giveKeyboardTo(index + 1)
+                        onLeftRequested: root.columnAt(index - 1)?.comeBack()
+                        onRightRequested: root.columnAt(index + 1)?.enter()
                         onKeyboardUsed: root.scrollTo(x, width)
                     }
                 }
@@ -100,10 +109,12 @@ Item {
         viewModel: root.viewModel
     }
 
-    function giveKeyboardTo(index: int) {
-        const column = columnRepeater.itemAt(index) as OpenColumn;
-        if (column)
-            column.takeKeyboard();
+    function takeKeyboard() {
+        columnAt(Math.min(keyboardColumn, columnRepeater.count - 1))?.takeKeyboard();
+    }
+
+    function columnAt(index: int): SweeperColumn {
+        return (columnRepeater.itemAt(index) as OpenColumn)?.column ?? null;
     }
 
     /// Scrolls as far as needed to see this span of the columns.

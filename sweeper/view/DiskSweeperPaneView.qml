@@ -13,18 +13,48 @@ Rectangle {
 
     Component.onCompleted: viewModel.appear()
 
-    VolumePicker {
+    FocusScope {
+        id: screens
         anchors.fill: parent
-        visible: !root.viewModel.browsing
-        viewModel: root.viewModel
-    }
-    BrowserChrome {
-        anchors.fill: parent
-        visible: root.viewModel.browsing
-        viewModel: root.viewModel
+
+        VolumePicker {
+            id: picker
+            anchors.fill: parent
+            visible: !root.viewModel.browsing
+            viewModel: root.viewModel
+        }
+        BrowserChrome {
+            id: browser
+            anchors.fill: parent
+            visible: root.viewModel.browsing
+            viewModel: root.viewModel
+        }
+
+        /// To where it was before the question took it; to the columns when the button there has nothing to do any more.
+        function takeKeyboardBack() {
+            const holder = Window.activeFocusItem;
+            if (holder && holder !== Window.contentItem)
+                return;
+            forceActiveFocus();
+            if (Window.activeFocusItem === screens)
+                browser.takeKeyboard();
+        }
     }
 
     TrashConfirmation {
         viewModel: root.viewModel
+        onClosed: screens.takeKeyboardBack()
+    }
+
+    Connections {
+        target: root.viewModel
+
+        // A sweep starts in the picker only; back there the sidebar may have led, and keeps the keyboard.
+        function onBrowsingChanged() {
+            if (root.viewModel.browsing)
+                browser.takeKeyboard();
+            else if (screens.activeFocus)
+                picker.takeKeyboard();
+        }
     }
 }

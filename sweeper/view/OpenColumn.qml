@@ -3,33 +3,32 @@ import Dunmere.Sweeper
 
 // A column of the browser and the rule after it.
 Row {
-    id: column
+    id: root
 
     required property int index
     required property RowListModel rows
     required property string folderName
+    required property bool isTabStop
+    readonly property alias column: sweeperColumn
 
     signal rowActivated(row: int)
     signal leftRequested
     signal rightRequested
     signal keyboardUsed
 
-    function takeKeyboard() {
-        sweeperColumn.takeKeyboard();
-    }
-
     SweeperColumn {
         id: sweeperColumn
-        objectName: "sweeperColumn" + column.index
-        height: column.height
-        rows: column.rows
-        folderName: column.folderName
-        onRowActivated: row => column.rowActivated(row)
-        onLeftRequested: column.leftRequested()
-        onRightRequested: column.rightRequested()
-        onKeyboardUsed: column.keyboardUsed()
+        objectName: "sweeperColumn" + root.index
+        height: root.height
+        rows: root.rows
+        folderName: root.folderName
+        isTabStop: root.isTabStop
+        onRowActivated: row => root.rowActivated(row)
+        onLeftRequested: root.leftRequested()
+        onRightRequested: root.rightRequested()
+        onKeyboardUsed: root.keyboardUsed()
     }
     ColumnDivider {
-        height: column.height
+        height: root.height
     }
 }

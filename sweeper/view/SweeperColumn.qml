@@ -18,15 +18,33 @@ Rectangle {
     signal rightRequested
     signal keyboardUsed
 
-    /// Whether the keyboard was used last, not the mouse: only then the focused row is shown.
-    property bool keyboardInUse: false
+    /// Whether Tab stops here.
+    required property bool isTabStop
+    readonly property bool holdsKeyboard: list.activeFocus
 
     implicitWidth: 280
     color: AppTheme.card
 
     function takeKeyboard() {
-        list.forceActiveFocus(Qt.TabFocusReason);
+        list.forceActiveFocus();
         keyboardUsed();
+    }
+
+    /// From the column before: goes to the row that was last used here, or to the first.
+    function enter() {
+        if (list.count === 0)
+            return;
+        takeKeyboard();
+        list.select(Math.max(0, rows.focusedRow));
+    }
+
+    /// Back from the column after: the folder that it shows is the selection again.
+    function comeBack() {
+        takeKeyboard();
+        if (rows.focusedRow < 0)
+            return;
+        list.positionViewAtIndex(rows.focusedRow, ListView.Contain);
+        list.activate(rows.focusedRow);
     }
 
     ListView {
@@ -38,7 +56,7 @@ Rectangle {
         // Rows off the screen would take part in every snapshot; one that scrolls in is made in no time.
         cacheBuffer: 0
         boundsBehavior: Flickable.StopAtBounds
-        activeFocusOnTab: true
+        activeFocusOnTab: activeFocus || root.isTabStop
         keyNavigationEnabled: false
         highlightFollowsCurrentItem: false
         model: root.rows
@@ -51,8 +69,8 @@ Rectangle {
         delegate: SweeperRow {
             width: list.width
             pressed: root.rows && index === root.rows.pressedRow && mouse.isOverPressed
-            showsFocus: activeFocus && root.keyboardInUse
-            onActivated: root.rowActivated(index)
+            showsFocus: LastInput.isKeyboard && activeFocus
+            onActivated: list.activate(index)
         }
 
         T.ScrollBar.vertical: ScrollBar {
@@ -60,61 +78,88 @@ Rectangle {
             z: 3
         }
 
-        onActiveFocusChanged: {
-            if (!activeFocus || mouse.takesFocus)
-                return;
-            root.keyboardInUse = true;
-            if (root.rows.focusedRow < 0)
-                focusRow(firstVisibleRow());
-        }
-
         Keys.onPressed: event => {
-            root.keyboardInUse = true;
             root.keyboardUsed();
-            event.accepted = handleKey(event.key, event.isAutoRepeat);
+            event.accepted = handleKey(event);
         }
 
-        function handleKey(key: int, isAutoRepeat: bool): bool {
+        TypeSelect {
+            id: typeSelect
+        }
+
+        function handleKey(event: KeyEvent): bool {
+            if (event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier))
+                return false;
+            if (event.key === Qt.Key_Space && typeSelect.typed.length > 0)
+                return selectTyped(event.text);
+            return walk(event.key) || press(event) || selectTyped(event.text);
+        }
+
+        // Without a row to start from, an arrow key takes the end that it comes from.
+        function walk(key: int): bool {
+            const from = root.rows.focusedRow;
             const rowsPerPage = Math.max(1, Math.floor(height * count / contentHeight) - 1);
             switch (key) {
             case Qt.Key_Up:
-                return focusRow(root.rows.focusedRow < 0 ? count - 1 : root.rows.focusedRow - 1);
+                return select(from < 0 ? count - 1 : from - 1);
             case Qt.Key_Down:
-                return focusRow(root.rows.focusedRow + 1);
+                return select(from + 1);
             case Qt.Key_PageUp:
-                return focusRow(root.rows.focusedRow - rowsPerPage);
+                return select(from - rowsPerPage);
             case Qt.Key_PageDown:
-                return focusRow(root.rows.focusedRow + rowsPerPage);
+                return select(from + rowsPerPage);
             case Qt.Key_Home:
-                return focusRow(0);
+                return select(0);
             case Qt.Key_End:
-                return focusRow(count - 1);
+                return select(count - 1);
             case Qt.Key_Left:
                 root.leftRequested();
                 return true;
             case Qt.Key_Right:
+                openFolder();
                 root.rightRequested();
-                return true;
-            case Qt.Key_Space:
-            case Qt.Key_Return:
-            case Qt.Key_Enter:
-                if (root.rows.focusedRow >= 0 && !isAutoRepeat)
-                    root.rowActivated(root.rows.focusedRow);
                 return true;
             }
             return false;
         }
 
-        function focusRow(row: int): bool {
-            if (count > 0) {
-                root.rows.focusedRow = Math.max(0, Math.min(count - 1, row));
-                positionViewAtIndex(root.rows.focusedRow, ListView.Contain);
-            }
+        /// A row is a button too.
+        function press(event: KeyEvent): bool {
+            if (![Qt.Key_Space, Qt.Key_Return, Qt.Key_Enter].includes(event.key))
+                return false;
+            if (root.rows.focusedRow >= 0 && !event.isAutoRepeat)
+                activate(root.rows.focusedRow);
             return true;
         }
 
-        function firstVisibleRow(): int {
-            return Math.max(0, indexAt(0, contentY + 1));
+        function selectTyped(text: string): bool {
+            const row = typeSelect.find(root.rows, root.rows.focusedRow, text);
+            return row >= 0 && select(row);
+        }
+
+        /// Goes to the row, or to the end nearest to it, and brings it into view. Always true.
+        function select(row: int): bool {
+            if (count === 0)
+                return true;
+            root.rows.focusedRow = Math.max(0, Math.min(count - 1, row));
+            positionViewAtIndex(root.rows.focusedRow, ListView.Contain);
+            if (!currentRow()?.selected)
+                activate(root.rows.focusedRow);
+            return true;
+        }
+
+        function openFolder() {
+            if (currentRow()?.isDirectory && !currentRow().selected)
+                activate(root.rows.focusedRow);
+        }
+
+        function activate(row: int) {
+            root.rows.focusedRow = row;
+            root.rowActivated(row);
+        }
+
+        function currentRow(): SweeperRow {
+            return currentItem as SweeperRow;
         }
 
         // Above the rows, so that no row that comes, goes or moves under a pressed button matters to it. It scrolls with
@@ -124,7 +169,6 @@ Rectangle {
             objectName: "rowsMouse"
             parent: list.contentItem
 
-            property bool takesFocus: false
             property real pressedTop: 0
             property real pressedBottom: 0
             readonly property bool isOverPressed: containsPress && mouseY >= pressedTop && mouseY < pressedBottom
@@ -137,7 +181,6 @@ Rectangle {
             onPressed: event => {
                 // A mouse never drags the rows; a finger does.
                 preventStealing = event.source === Qt.MouseEventNotSynthesized;
-                root.keyboardInUse = false;
                 const row = list.indexAt(event.x, event.y + y);
                 const item = list.itemAtIndex(row);
                 pressedTop = item ? item.y - y : 0;
@@ -150,14 +193,20 @@ Rectangle {
                 root.rows.pressedRow = -1;
                 if (row < 0 || !hit)
                     return;
-                root.rows.focusedRow = row;
-                takesFocus = true;
                 list.forceActiveFocus(Qt.MouseFocusReason);
-                takesFocus = false;
-                root.rowActivated(row);
+                list.activate(row);
             }
             onCanceled: root.rows.pressedRow = -1
         }
+    }
+
+    Rectangle {
+        objectName: "columnFocusRing"
+        anchors.fill: parent
+        color: "transparent"
+        border.width: 2
+        border.color: AppTheme.focusRing
+        visible: LastInput.isKeyboard && list.activeFocus && list.currentIndex < 0
     }
 
     // Rows that come or go above the visible ones make a ListView shift its origin or its content: the column stays

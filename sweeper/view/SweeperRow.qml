@@ -30,7 +30,7 @@ Item {
     opacity: pressed ? AppTheme.pressedOpacity : 1
 
     Accessible.ignored: pooled
-    Accessible.role: Accessible.Button
+    Accessible.role: Accessible.ListItem
     Accessible.name: accessibleText
     Accessible.selectable: true
     Accessible.selected: selected

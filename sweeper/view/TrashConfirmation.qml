@@ -4,12 +4,13 @@ import Dunmere.Sweeper
 import Dunmere.Theme
 
 // The question before anything is moved to the Trash, over the whole window. Escape cancels; Return does nothing.
-T.Popup {
+T.Dialog {
     id: root
 
     required property SweeperViewModel viewModel
 
     objectName: "trashConfirmation"
+    title: viewModel.trashConfirmTitle
     parent: T.Overlay.overlay
     x: parent ? Math.round((parent.width - width) / 2) : 0
     y: parent ? Math.round((parent.height - height) / 2) : 0
@@ -48,14 +49,11 @@ T.Popup {
         objectName: "trashConfirmContent"
         spacing: 8
 
-        Accessible.role: Accessible.Dialog
-        Accessible.name: root.viewModel.trashConfirmTitle
-
         AppText {
             objectName: "trashConfirmTitle"
             width: root.availableWidth
             bottomPadding: 8
-            text: root.viewModel.trashConfirmTitle
+            text: root.title
             font.pixelSize: 13
             font.weight: Font.Bold
             horizontalAlignment: Text.AlignHCenter

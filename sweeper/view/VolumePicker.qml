@@ -13,6 +13,10 @@ Item {
 
     objectName: "volumePicker"
 
+    function takeKeyboard() {
+        list.forceActiveFocus();
+    }
+
     AppText {
         id: errorText
         objectName: "loadErrorText"
@@ -25,6 +29,7 @@ Item {
         opacity: AppTheme.errorOpacity
         font.pixelSize: 13
         wrapMode: Text.Wrap
+        Accessible.ignored: !visible
         Accessible.role: Accessible.StaticText
         Accessible.name: text
     }
@@ -45,8 +50,11 @@ Item {
 
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Drives")
-        Keys.onUpPressed: list.moveSelection(-1)
-        Keys.onDownPressed: list.moveSelection(1)
+        Keys.onPressed: event => event.accepted = handleKey(event)
+
+        TypeSelect {
+            id: typeSelect
+        }
 
         delegate: VolumeRow {
             width: list.width
@@ -75,13 +83,31 @@ Item {
         }
 
         // Without a selection an arrow key takes the end that it comes from.
-        function moveSelection(step: int) {
+        function handleKey(event: KeyEvent): bool {
+            if (event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier))
+                return false;
+            switch (event.key) {
+            case Qt.Key_Up:
+                return goTo(currentIndex < 0 ? count - 1 : currentIndex - 1);
+            case Qt.Key_Down:
+                return goTo(currentIndex + 1);
+            case Qt.Key_Home:
+                return goTo(0);
+            case Qt.Key_End:
+                return goTo(count - 1);
+            }
+            const row = typeSelect.find(model, currentIndex, event.text);
+            return row >= 0 && goTo(row);
+        }
+
+        /// Selects the row, or the end nearest to it, and brings it into view. Always true.
+        function goTo(row: int): bool {
             if (count === 0)
-                return;
-            const from = currentIndex >= 0 ? currentIndex : step > 0 ? -1 : count;
-            const row = Math.max(0, Math.min(count - 1, from + step));
-            root.viewModel.selectVolume(row);
-            positionViewAtIndex(row, ListView.Contain);
+                return true;
+            const nearest = Math.max(0, Math.min(count - 1, row));
+            root.viewModel.selectVolume(nearest);
+            positionViewAtIndex(nearest, ListView.Contain);
+            return true;
         }
     }
 
@@ -92,7 +118,7 @@ Item {
         color: "transparent"
         border.width: 2
         border.color: AppTheme.focusRing
-        visible: list.activeFocus && root.viewModel.selectedVolume < 0
+        visible: LastInput.isKeyboard && list.activeFocus && root.viewModel.selectedVolume < 0
     }
 
     Divider {

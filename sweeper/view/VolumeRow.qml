@@ -25,6 +25,7 @@ Item {
     Accessible.name: name + ", " + detailText
     Accessible.selectable: true
     Accessible.selected: selected
+    Accessible.focusable: true
     Accessible.onPressAction: root.pressed()
 
     Rectangle {

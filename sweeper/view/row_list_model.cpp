@@ -38,7 +38,9 @@ void RowListModel::update(const std::vector<SweeperItem>& items, std::optional<s
     }
     if (count() != countBefore) emit countChanged();
     if (pressedRow() != pressedBefore) emit pressedRowChanged();
-    if (focusedRow() != focusedBefore) emit focusedRowChanged();
+    const bool focusedGone = focusedBefore >= 0 && focusedRow() < 0;
+    if (focusedGone) focusedRow_ = index(std::min(focusedBefore, count() - 1));
+    if (focusedGone || focusedRow() != focusedBefore) emit focusedRowChanged();
   }
   showNext();
   if (!rowsStay) emit updated();

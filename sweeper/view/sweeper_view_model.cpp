@@ -9,7 +9,6 @@
 
 #include "engine/sweeper_item.h"
 #include "engine/sweeper_volume.h"
-#include "sweeper/view/shown_text.h"
 
 namespace dunmere {
 namespace {
@@ -80,15 +79,15 @@ void SweeperViewModel::reveal() {
 
 SweeperViewModel::Shown SweeperViewModel::readPane() const {
   return {.browsing = pane_.phase() == Phase::browsing,
-          .loadErrorText = shownText(pane_.loadError().value_or(std::string())),
+          .loadErrorText = QString::fromStdString(pane_.loadError().value_or(std::string())),
           .selectedVolume = selectedVolumeRow(),
           .canSweepSelected = pane_.selectedVolumeID().has_value(),
           .showsStatusStrip = pane_.showsStatusStrip(),
-          .statusStripText = shownText(pane_.statusStripText()),
-          .footerStatus = shownText(pane_.footerStatus()),
+          .statusStripText = QString::fromStdString(pane_.statusStripText()),
+          .footerStatus = QString::fromStdString(pane_.footerStatus()),
           .canTrash = pane_.canTrashSelection(),
           .canReveal = pane_.revealURL() != nullptr,
-          .trashConfirmTitle = shownText(pane_.trashConfirmTitle()),
+          .trashConfirmTitle = QString::fromStdString(pane_.trashConfirmTitle()),
           .confirmTrash = pane_.confirmTrash()};
 }
 

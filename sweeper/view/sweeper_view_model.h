@@ -17,7 +17,7 @@ namespace dunmere {
 
 /// Owns one DiskSweeperPane and binds it: every property mirrors the pane and tells only real changes; every action is
 /// one call of the pane. Views name volumes, columns and rows by number, never by path; a number that has no row is
-/// ignored. All texts are for the screen (shownText) and plain. Main thread. The collaborators must outlive every scan.
+/// ignored. All texts are for the screen and plain. Main thread. The collaborators must outlive every scan.
 class SweeperViewModel : public QObject {
   Q_OBJECT
   QML_ELEMENT

@@ -201,6 +201,40 @@ class DesktopSession:
         except NotSeen as error:
             raise NotSeen(f"{error}; the screen: {self.picture('not-seen')}; on it:\n{self.describe()}") from None
 
+    def whole_tree(self):
+        """Everything of every program, on the screen or not."""
+        def visit(thing):
+            thing.clear_cache()
+            for index in range(thing.get_child_count()):
+                child = thing.get_child_at_index(index)
+                yield child
+                yield from visit(child)
+
+        return list(visit(self.atspi.get_desktop(0)))
+
+    def has_state(self, thing, name):
+        """`name` is that of the accessibility library's constant."""
+        return thing.get_state_set().contains(getattr(self.atspi.StateType, name))
+
+    def has_focus(self, thing):
+        thing.clear_cache()
+        return self.has_state(thing, "FOCUSED")
+
+    def wait_for_focus(self, name):
+        """Waits until the thing of this name, or of one that `name` tells to be meant, has the keyboard."""
+        matches = name if callable(name) else lambda text: text == name
+
+        def focused():
+            try:
+                return [thing for thing in self.whole_tree() if matches(thing.get_name()) and self.has_focus(thing)]
+            except (self.glib_error, AttributeError):  # something went away while it was looked at
+                return []
+
+        try:
+            return wait_for(f"the keyboard to be at “{name}”", focused)[0]
+        except NotSeen as error:
+            raise NotSeen(f"{error}; the screen: {self.picture('not-focused')}; on it:\n{self.describe()}") from None
+
     def gone(self, role, name, inside=None):
         matches = name if callable(name) else lambda text: text == name
         wait_for(f"{role} to go away", lambda: not self.all_seen(role, matches, inside))

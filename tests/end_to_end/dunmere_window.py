@@ -5,6 +5,7 @@ from desktop_session import wait_for
 
 BUTTON = "push button"
 TEXT = "label"
+ROW = "list item"
 
 
 def starting_with(beginning):
@@ -48,11 +49,11 @@ class DunmereWindow:
 
     def rows(self, folder_name):
         """Names of the rows of one column, top to bottom."""
-        rows = self.session.all_seen(BUTTON, lambda _: True, self.column(folder_name))
-        return [row.get_name() for row in sorted(rows, key=lambda row: self.session.place(row).y)]
+        rows = self.session.all_seen(ROW, lambda _: True, self.column(folder_name))
+        return [row.get_name() for row in rows]
 
     def row(self, folder_name, name):
-        return self.session.see(BUTTON, starting_with(name + ","), self.column(folder_name))
+        return self.session.see(ROW, starting_with(name + ","), self.column(folder_name))
 
     def select(self, folder_name, name):
         self.session.click(self.row(folder_name, name))

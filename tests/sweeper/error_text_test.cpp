@@ -91,8 +91,9 @@ TEST(ErrorText, TrashThatFailsOtherwise) {
   EXPECT_EQ(textOf(SweepAttempt::moveToTrash, EIO), "“Photos” couldn’t be moved to the trash.");
 }
 
-TEST(ErrorText, NameIsTheRawLastComponent) {
-  EXPECT_EQ(textOf(SweepAttempt::openFolder, EIO, "/a/caf\xE9\n/"), "The file “caf\xE9\n” couldn’t be opened.");
+TEST(ErrorText, NameIsTheLastComponentMadeSafe) {
+  EXPECT_EQ(textOf(SweepAttempt::openFolder, EIO, "/a/caf\xE9\n/"), "The file “caf\uFFFD\u2424” couldn’t be opened.");
+  EXPECT_EQ(textOf(SweepAttempt::moveToTrash, EIO, "/a/שלום"), "“\u2066שלום\u2069” couldn’t be moved to the trash.");
   EXPECT_EQ(textOf(SweepAttempt::openFolder, EIO, "/"), "The file “/” couldn’t be opened.");
 }
 

@@ -121,12 +121,22 @@ TEST_F(Footer, ItemWithoutARowIsToldWithItsParent) {
   EXPECT_EQ(pane().footerStatus(), "film / /Users/me/Movies");
 }
 
-TEST_F(Footer, NameIsToldAsRawBytes) {
-  fileSystem_.addFile("/Users/me/caf\xE9", 1);
+TEST_F(Footer, NameIsToldSafely) {
+  fileSystem_.addFile("/Users/me/caf\xE9\n", 1);
   sweep("/Users/me");
-  click(0, "caf\xE9");
-  EXPECT_EQ(pane().footerStatus(), "caf\xE9 / /Users/me");
-  EXPECT_EQ(pane().trashConfirmTitle(), "Move “caf\xE9” to Trash?");
+  click(0, "caf\xE9\n");
+  EXPECT_EQ(pane().footerStatus(), "caf\uFFFD\u2424 / /Users/me");
+  EXPECT_EQ(pane().trashConfirmTitle(), "Move “caf\uFFFD\u2424” to Trash?");
+}
+
+TEST_F(Footer, RightToLeftNamesAreIsolatedOneByOne) {
+  fileSystem_.addFile("/Users/me/ספר/שלום/12", 1);
+  sweep("/Users/me");
+  click(0, "ספר");
+  EXPECT_EQ(pane().footerStatus(), "\u2066ספר\u2069 / /Users/me");
+  EXPECT_EQ(pane().trashConfirmTitle(), "Move “\u2066ספר\u2069” to Trash?");
+  click(1, "שלום");
+  EXPECT_EQ(pane().footerStatus(), "\u2066שלום\u2069 / /Users/me/\u2066ספר\u2069");
 }
 
 TEST_F(Footer, TargetIsTheLeafElseTheDeepestOpenFolder) {

@@ -195,6 +195,22 @@ TEST(RowListModel, HeldRowsFollowTheirNames) {
   EXPECT_EQ(pressedChanges, 2);
 }
 
+TEST(RowListModel, TheRowAfterAGoneOneTakesItsFocus) {
+  RowListModel model;
+  model.update({folder("a", 30), folder("b", 20), folder("c", 10)}, {});
+  model.setFocusedRow(1);
+  int changes = 0;
+  QObject::connect(&model, &RowListModel::focusedRowChanged, &model, [&] { ++changes; });
+
+  model.update({folder("a", 30), folder("c", 10)}, {});
+  EXPECT_EQ(model.focusedRow(), 1);
+  EXPECT_EQ(changes, 1) << "another row, though of the same number";
+  model.update({folder("a", 30)}, {});
+  EXPECT_EQ(model.focusedRow(), 0) << "the last one when none comes after it";
+  model.update({}, {});
+  EXPECT_EQ(model.focusedRow(), -1);
+}
+
 Items manyFiles(std::size_t count) {
   Items items;
   for (std::size_t row = 0; row < count; ++row)

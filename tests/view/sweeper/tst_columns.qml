@@ -376,7 +376,7 @@ TestCase {
         harness.finishScan();
         compare(row(0, "Movies").Accessible.name, "Movies, folder, 1 GB");
         compare(row(0, "alias").Accessible.name, "alias, link, 900 bytes");
-        compare(row(0, "Movies").Accessible.role, Accessible.Button);
+        compare(row(0, "Movies").Accessible.role, Accessible.ListItem);
     }
 
     function test_anUnreadableFolderIsAnEmptyColumn() {

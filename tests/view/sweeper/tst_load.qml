@@ -51,6 +51,7 @@ TestCase {
             index: 0
             rows: testCase.anyRows()
             folderName: "root"
+            isTabStop: true
         }
     }
     Component {
@@ -68,6 +69,7 @@ TestCase {
         SweeperColumn {
             rows: testCase.anyRows()
             folderName: "root"
+            isTabStop: true
         }
     }
     Component {

@@ -152,6 +152,7 @@ TestCase {
         const ring = item("volumeListFocusRing");
         verify(!ring.visible);
         item("volumeList").forceActiveFocus();
+        keyClick(Qt.Key_Shift);
         verify(ring.visible);
         keyClick(Qt.Key_Down);
         verify(!ring.visible);

@@ -211,7 +211,9 @@ Rectangle {
             mouseClick(secondary, 10, 10);
             verify(!ring.visible);
             verify(!secondary.activeFocus);
-            secondary.forceActiveFocus(Qt.TabFocusReason);
+            secondary.forceActiveFocus();
+            verify(!ring.visible);
+            keyClick(Qt.Key_Shift);
             verify(ring.visible);
         }
 
