@@ -89,10 +89,11 @@ Item {
     Rectangle {
         objectName: "rowFocusRing"
         anchors.fill: parent
+        anchors.margins: root.selected ? 2 : 0
         radius: 4
         color: "transparent"
         border.width: 2
-        border.color: root.selected ? AppTheme.accentOrangeDeep : AppTheme.focusRing
+        border.color: root.selected ? AppTheme.onAccent : AppTheme.focusRing
         visible: root.showsFocus
     }
 }
