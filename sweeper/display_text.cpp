@@ -20,8 +20,9 @@ struct Range {
 };
 
 // Characters that show nothing themselves but change how the text around them reads, is ordered or compares.
-constexpr std::array<Range, 19> kInvisible = {{
-    {0x0080, 0x009F},    // C1 controls
+constexpr std::array<Range, 20> kInvisible = {{
+    {0x0000, 0x001F},    // controls, a newline among them
+    {0x007F, 0x009F},    // delete, and more controls
     {0x00AD, 0x00AD},    // soft hyphen
     {0x034F, 0x034F},    // combining grapheme joiner
     {0x061C, 0x061C},    // Arabic letter mark
@@ -74,10 +75,6 @@ constexpr std::string_view kReplacement = "\uFFFD";
 constexpr std::string_view kOpenBox = "\u2423";
 constexpr std::string_view kLeftToRightIsolate = "\u2066";
 constexpr std::string_view kPopIsolate = "\u2069";
-constexpr char32_t kControlPictures = 0x2400;
-constexpr char32_t kNewlinePicture = 0x2424;
-constexpr char32_t kDelete = 0x7F;
-constexpr char32_t kDeletePicture = 0x2421;
 
 unsigned char byteAt(std::string_view bytes, std::size_t index) {
   return static_cast<unsigned char>(bytes[index]);
@@ -135,17 +132,8 @@ std::string codeText(char32_t character) {
   return "[U+" + std::string(reversed.rbegin(), reversed.rend()) + "]";
 }
 
-/// UTF-8 of a character of the control pictures block, which takes three bytes.
-std::string pictureText(char32_t picture) {
-  return {static_cast<char>(0xE0 | picture >> 12), static_cast<char>(0x80 | (picture >> 6 & 0x3F)),
-          static_cast<char>(0x80 | (picture & 0x3F))};
-}
-
 /// What stands for a character that cannot be shown as it is; empty for one that can.
 std::string substitute(char32_t character, char32_t before, char32_t after) {
-  if (character == '\n') return pictureText(kNewlinePicture);
-  if (character < 0x20) return pictureText(kControlPictures + character);
-  if (character == kDelete) return pictureText(kDeletePicture);
   if (isIn(kOtherSpaces, character)) return std::string(kOpenBox);
   return isInvisible(character, before, after) ? codeText(character) : std::string();
 }

@@ -169,9 +169,12 @@ Rectangle {
             objectName: "rowsMouse"
             parent: list.contentItem
 
+            // Where the row was pressed and where the pointer is, both as the column stood in the window at that time:
+            // the end of a sweep moves the whole column up, but not away from under a pointer that stands still.
             property real pressedTop: 0
             property real pressedBottom: 0
-            readonly property bool isOverPressed: containsPress && mouseY >= pressedTop && mouseY < pressedBottom
+            readonly property real pointerY: mouseY + placeInWindow()
+            readonly property bool isOverPressed: containsPress && pointerY >= pressedTop && pointerY < pressedBottom
 
             y: list.originY
             width: list.width
@@ -183,7 +186,7 @@ Rectangle {
                 preventStealing = event.source === Qt.MouseEventNotSynthesized;
                 const row = list.indexAt(event.x, event.y + y);
                 const item = list.itemAtIndex(row);
-                pressedTop = item ? item.y - y : 0;
+                pressedTop = item ? item.y - y + placeInWindow() : 0;
                 pressedBottom = item ? pressedTop + item.height : 0;
                 root.rows.pressedRow = row;
             }
@@ -197,6 +200,10 @@ Rectangle {
                 list.activate(row);
             }
             onCanceled: root.rows.pressedRow = -1
+
+            function placeInWindow(): real {
+                return list.mapToItem(null, 0, 0).y;
+            }
         }
     }
 

@@ -14,8 +14,8 @@ T.Dialog {
     parent: T.Overlay.overlay
     x: parent ? Math.round((parent.width - width) / 2) : 0
     y: parent ? Math.round((parent.height - height) / 2) : 0
-    // As wide as an alert; wider for a name so long that the card would outgrow the smallest window.
-    width: viewModel.trashConfirmTitle.length > 200 ? 480 : 300
+    // As wide as an alert; wider for a long name, so that the card never outgrows the smallest window.
+    width: Math.max(300, Math.min(800, title.length))
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     padding: 20
     modal: true

@@ -139,7 +139,7 @@ class HostileNamesTest(EndToEndTest):
     NAMES = [
         (b"<b>bold<br> &amp; <img src=x>.txt", "<b>bold<br> &amp; <img src=x>.txt", 90_000),
         ("invoice\u202efdp.exe".encode(), "invoice[U+202E]fdp.exe", 80_000),
-        (b"two\nlines\tand a bell\a.txt", "two\u2424lines\u2409and a bell\u2407.txt", 70_000),
+        (b"two\nlines\tand a bell\a.txt", "two[U+000A]lines[U+0009]and a bell[U+0007].txt", 70_000),
         ("my\u00a0letter.txt".encode(), "my\u2423letter.txt", 60_000),
         (b"my letter.txt", "my letter.txt", 50_000),
         ("wide\u3000and\u200bnarrow.txt".encode(), "wide\u2423and[U+200B]narrow.txt", 40_000),

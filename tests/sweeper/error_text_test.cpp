@@ -92,7 +92,7 @@ TEST(ErrorText, TrashThatFailsOtherwise) {
 }
 
 TEST(ErrorText, NameIsTheLastComponentMadeSafe) {
-  EXPECT_EQ(textOf(SweepAttempt::openFolder, EIO, "/a/caf\xE9\n/"), "The file “caf\uFFFD\u2424” couldn’t be opened.");
+  EXPECT_EQ(textOf(SweepAttempt::openFolder, EIO, "/a/caf\xE9\n/"), "The file “caf\uFFFD[U+000A]” couldn’t be opened.");
   EXPECT_EQ(textOf(SweepAttempt::moveToTrash, EIO, "/a/שלום"), "“\u2066שלום\u2069” couldn’t be moved to the trash.");
   EXPECT_EQ(textOf(SweepAttempt::openFolder, EIO, "/"), "The file “/” couldn’t be opened.");
 }

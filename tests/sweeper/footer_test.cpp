@@ -125,8 +125,8 @@ TEST_F(Footer, NameIsToldSafely) {
   fileSystem_.addFile("/Users/me/caf\xE9\n", 1);
   sweep("/Users/me");
   click(0, "caf\xE9\n");
-  EXPECT_EQ(pane().footerStatus(), "caf\uFFFD\u2424 / /Users/me");
-  EXPECT_EQ(pane().trashConfirmTitle(), "Move “caf\uFFFD\u2424” to Trash?");
+  EXPECT_EQ(pane().footerStatus(), "caf\uFFFD[U+000A] / /Users/me");
+  EXPECT_EQ(pane().trashConfirmTitle(), "Move “caf\uFFFD[U+000A]” to Trash?");
 }
 
 TEST_F(Footer, RightToLeftNamesAreIsolatedOneByOne) {

@@ -356,7 +356,7 @@ TestCase {
         harness.addFileOfBytes("/root", "a\n<b>x", 2000000);
         sweep();
         const label = findChild(item("sweeperColumn0"), "sweeperRow2");
-        compare(label.name, "a\u2424<b>x");
+        compare(label.name, "a[U+000A]<b>x");
         compare(findChild(label, "rowName").textFormat, Text.PlainText);
     }
 

@@ -185,6 +185,29 @@ TestCase {
         compare(findChild(pane, "sweeperColumn1").folderName, pressed);
     }
 
+    function test_theClickGoesToTheRowThatWasPressedThoughTheSweepEndsAndMovesTheColumnUp() {
+        applySnapshots(5);
+        const list = rowList(0);
+        const pressed = nameAt(list, 28 * 4 + 14);
+        const place = list.mapToItem(pane, 50, 28 * 4 + 14);
+        mousePress(pane, place.x, place.y);
+        while (harness.viewModel.showsStatusStrip)
+            applySnapshots(1);
+        waitForRendering(pane);
+        verify(list.mapToItem(pane, 50, 28 * 4 + 14).y < place.y, "the strip above the column is gone");
+        mouseRelease(pane, place.x, place.y);
+        compare(harness.viewModel.columns.count, 2);
+        compare(findChild(pane, "sweeperColumn1").folderName, pressed);
+    }
+
+    function test_aPressThatTheWheelScrollsAwayIsNoClick() {
+        const list = rowList(0);
+        mousePress(list, 50, 28 * 4 + 14);
+        list.contentY += 28 * 6;
+        mouseRelease(list, 50, 28 * 4 + 14);
+        compare(harness.viewModel.columns.count, 1);
+    }
+
     function test_aPressOnARowThatGoesAwayIsNoClick() {
         applySnapshots(5);
         const list = rowList(0);
