@@ -173,8 +173,7 @@ Rectangle {
             // the end of a sweep moves the whole column up, but not away from under a pointer that stands still.
             property real pressedTop: 0
             property real pressedBottom: 0
-            readonly property real pointerY: mouseY + placeInWindow()
-            readonly property bool isOverPressed: containsPress && pointerY >= pressedTop && pointerY < pressedBottom
+            readonly property bool isOverPressed: containsPress && isInPressed(mouseY)
 
             y: list.originY
             width: list.width
@@ -190,9 +189,9 @@ Rectangle {
                 pressedBottom = item ? pressedTop + item.height : 0;
                 root.rows.pressedRow = row;
             }
-            onReleased: {
+            onReleased: event => {
                 const row = root.rows.pressedRow;
-                const hit = isOverPressed;
+                const hit = containsMouse && isInPressed(event.y);
                 root.rows.pressedRow = -1;
                 if (row < 0 || !hit)
                     return;
@@ -200,6 +199,11 @@ Rectangle {
                 list.activate(row);
             }
             onCanceled: root.rows.pressedRow = -1
+
+            function isInPressed(pointerY: real): bool {
+                const place = pointerY + placeInWindow();
+                return place >= pressedTop && place < pressedBottom;
+            }
 
             function placeInWindow(): real {
                 return list.mapToItem(null, 0, 0).y;

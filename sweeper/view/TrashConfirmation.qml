@@ -15,7 +15,7 @@ T.Dialog {
     x: parent ? Math.round((parent.width - width) / 2) : 0
     y: parent ? Math.round((parent.height - height) / 2) : 0
     // As wide as an alert; wider for a long name, so that the card never outgrows the smallest window.
-    width: Math.max(300, Math.min(800, title.length))
+    width: Math.max(300, Math.min(900, title.length))
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     padding: 20
     modal: true
