@@ -7,12 +7,6 @@
 
 namespace dunmere {
 
-namespace {
-
-constexpr std::uint32_t kNotForBrowsing = 0x0010'0000;  // MNT_DONTBROWSE of mount(2)
-
-}  // namespace
-
 bool MountedVolume::isBrowsable() const {
   return (flags & kNotForBrowsing) == 0;
 }

@@ -9,6 +9,9 @@ namespace dunmere {
 
 /// As getfsstat(2) tells it. Texts are raw bytes.
 struct MountedVolume {
+  /// The bit of `flags` that keeps a volume from people's eyes: MNT_DONTBROWSE of mount(2), known on any system.
+  static constexpr std::uint32_t kNotForBrowsing = 0x0010'0000;
+
   std::string mountPoint;  ///< absolute path without trailing slash
   std::string device;      ///< or share, or any other word
   std::uint32_t flags = 0;
@@ -16,7 +19,7 @@ struct MountedVolume {
   std::uint64_t blocks = 0;
   std::uint64_t availableBlocks = 0;  ///< to this user
 
-  bool isBrowsable() const;             ///< false: not meant for people's eyes
+  bool isBrowsable() const;
   std::int64_t totalBytes() const;      ///< capacity; never negative
   std::int64_t availableBytes() const;  ///< to this user; never negative
 

@@ -11,6 +11,8 @@ namespace dunmere {
 
 namespace {
 
+static_assert(MountedVolume::kNotForBrowsing == MNT_DONTBROWSE);
+
 MountedVolume volumeFrom(const struct statfs& status) {
   return {.mountPoint = status.f_mntonname,
           .device = status.f_mntfromname,

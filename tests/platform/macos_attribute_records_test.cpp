@@ -50,6 +50,34 @@ TEST(MacosAttributes, RegularFileHasItsDiskSpaceAndItsLength) {
   EXPECT_THAT(read(AttributeBuffer().addFile("file", 8192, 5000), 1), ElementsAre(Pair("file", file(8192, 5000))));
 }
 
+/// Two records, byte by byte as getattrlistbulk(2) documents them, so that reader and writer cannot err alike.
+constexpr auto kFileAndPackage = std::to_array<unsigned char>({
+    96,  0,   0,   0,                                                       // the record's length
+    9,   64,  0,   128, 0,   0, 0, 0, 0,  0, 0, 0, 4, 2, 0, 0, 0, 0, 0, 0,  // what is returned
+    60,  0,   0,   0,   6,   0, 0, 0,                                       // the name's place and length
+    1,   0,   0,   0,                                                       // a regular file
+    0,   0,   0,   0,   0,   0, 0, 0, 0,  0, 0, 0, 0, 0, 0, 0,              // the Finder's information
+    0,   0,   0,   0,   0,   0, 0, 0, 0,  0, 0, 0, 0, 0, 0, 0,              //
+    0,   32,  0,   0,   0,   0, 0, 0,                                       // 8192 bytes of disk
+    136, 19,  0,   0,   0,   0, 0, 0,                                       // 5000 bytes long
+    'a', '.', 't', 'x', 't', 0, 0, 0, 0,  0, 0, 0,                          // the name
+    72,  0,   0,   0,                                                       // the next record's length
+    9,   64,  0,   128, 0,   0, 0, 0, 0,  0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,  // nothing of a file is returned
+    44,  0,   0,   0,   4,   0, 0, 0,                                       //
+    2,   0,   0,   0,                                                       // a folder
+    0,   0,   0,   0,   0,   0, 0, 0, 32, 0, 0, 0, 0, 0, 0, 0,              // with the bundle flag
+    0,   0,   0,   0,   0,   0, 0, 0, 0,  0, 0, 0, 0, 0, 0, 0,              //
+    'd', 'o', 'c', 0,                                                       //
+});
+
+TEST(MacosAttributes, BufferWrittenOutByteByByteIsRead) {
+  EntryBatch batch;
+  ASSERT_TRUE(addAttributeRecords(std::as_bytes(std::span(kFileAndPackage)), 2, EntryDetail::sizes, batch));
+  EXPECT_THAT(entriesOf(batch),
+              ElementsAre(Pair("a.txt", file(8192, 5000)),
+                          Pair("doc", EntryAttributes{.kind = EntryKind::folder, .isPackage = true})));
+}
+
 TEST(MacosAttributes, EntriesComeInTheOrderOfTheBuffer) {
   AttributeBuffer buffer;
   buffer.addFile("b", 1, 1).addEntry("a", layout::kFolder).addFile("c", 2, 2);
