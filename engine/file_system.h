@@ -33,10 +33,13 @@ struct EntryAttributes {
     return logicalBytes != kAbsent ? logicalBytes : 0;
   }
 
+  bool hasSize() const { return allocatedBytes != kAbsent || logicalBytes != kAbsent; }
+
   friend bool operator==(const EntryAttributes&, const EntryAttributes&) = default;
 };
 
-/// Some entries of one folder in the order of the directory read, names side by side in one buffer.
+/// Some entries of one folder in the order of the directory read, names side by side in one buffer, each ended by a
+/// NUL.
 class EntryBatch {
  public:
   struct Entry {
@@ -48,7 +51,11 @@ class EntryBatch {
   void add(std::string_view name, const EntryAttributes& attributes) {
     entries_.push_back(
         {static_cast<std::uint32_t>(names_.size()), static_cast<std::uint32_t>(name.size()), attributes});
-    names_.append(name);
+    names_.append(name).push_back('\0');
+  }
+  /// Of the entry at `position`, counted from 0.
+  void setAttributes(std::size_t position, const EntryAttributes& attributes) {
+    entries_[position].attributes = attributes;
   }
   void clear() {
     entries_.clear();
@@ -58,8 +65,11 @@ class EntryBatch {
   std::string_view name(const Entry& entry) const {
     return std::string_view(names_).substr(entry.nameOffset, entry.nameLength);
   }
+  const char* nameText(const Entry& entry) const { return names_.data() + entry.nameOffset; }
   std::size_t size() const { return entries_.size(); }
   bool empty() const { return entries_.empty(); }
+  /// Memory that the entries take, in bytes.
+  std::size_t heldBytes() const { return names_.size() + entries_.size() * sizeof(Entry); }
 
  private:
   std::vector<Entry> entries_;
@@ -69,7 +79,7 @@ class EntryBatch {
 /// How much of each entry a folder read must find out.
 enum class EntryDetail {
   kinds,  ///< name and kind only: for a listing, whose sizes come from an inventory
-  sizes,  ///< also the sizes of regular files: for a walk
+  sizes,  ///< also the sizes of regular files, if need be by measure(): for a walk
 };
 
 /// A resolved symbolic link: what it leads to in the end.
@@ -81,16 +91,21 @@ struct LinkTarget {
 
 /// One folder held open for reading. Everything goes by the open folder and one name, never by a path, so that a
 /// tree may be deeper than the system's longest path and a folder swapped for a link is not followed.
-/// readEntries() is called by one thread at a time; the other functions by any thread at any time.
+/// readEntries() is called by one thread at a time; the other functions by any thread at any time, also meanwhile.
 class OpenFolder {
  public:
   virtual ~OpenFolder() = default;
 
   /// Replaces `batch` by the next entries, without "." and "..", in directory order. A batch that stays empty ends
-  /// the folder. With EntryDetail::sizes an entry whose attributes cannot be read is left out (it may just have
-  /// vanished); with EntryDetail::kinds such an entry has the kind `other` and no sizes. An error ends the
-  /// folder; entries handed out before it stay valid.
+  /// the folder. Kinds are final; the sizes of regular files may still be absent. With EntryDetail::sizes an entry
+  /// whose kind cannot be told is left out (it may just have vanished); with EntryDetail::kinds such an entry has the
+  /// kind `other`. An error ends the folder; entries handed out before it stay valid.
   virtual std::expected<void, SweepError> readEntries(EntryBatch& batch) = 0;
+
+  /// Asks for the sizes that readEntries() left open in one of its batches. A file whose sizes cannot be read (it may
+  /// just have vanished) gets the kind `other`. Fails when the folder itself is out of reach. Only with
+  /// EntryDetail::sizes; nothing needs doing where the directory read tells the sizes too.
+  virtual std::expected<void, SweepError> measure(EntryBatch&) { return {}; }
 
   /// Opens the folder `name` inside this one for EntryDetail::sizes; a symbolic link is never followed.
   virtual std::expected<std::shared_ptr<OpenFolder>, SweepError> openChild(std::string_view name) = 0;

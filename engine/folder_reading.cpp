@@ -16,6 +16,11 @@ bool isPackage(std::string_view name, const EntryAttributes& attributes) {
 
 }  // namespace
 
+void FolderNames::add(std::string piece) {
+  bytes_ += piece.size();
+  pieces_.push_back(std::move(piece));
+}
+
 std::string FolderNames::take() {
   std::string& piece = pieces_[piece_];
   const std::size_t slash = piece.find('/', offset_);
@@ -32,6 +37,8 @@ std::string FolderNames::take() {
 void FolderReading::begin(std::shared_ptr<OpenFolder> folder) {
   folder_ = std::move(folder);
   subfolders_ = {};
+  failed_ = false;
+  read(part_);
 }
 
 void FolderReading::begin(OpenFolder& parent, std::string_view name) {
@@ -39,32 +46,56 @@ void FolderReading::begin(OpenFolder& parent, std::string_view name) {
   begin(opened ? std::move(*opened) : nullptr);
 }
 
-FolderReading::Progress FolderReading::readBatch() {
-  files_.clear();
-  folderNames_.clear();
-  if (!folder_ || !folder_->readEntries(batch_)) return Progress::failed;
-  if (batch_.empty()) return Progress::ended;
-  keepEntries();
-  return Progress::more;
+void FolderReading::begin(FolderRest rest) {
+  folder_ = std::move(rest.folder);
+  subfolders_ = std::move(rest.subfolders);
+  failed_ = false;
+  part_ = std::move(rest.next);
 }
 
-void FolderReading::keepEntries() {
-  for (const EntryBatch::Entry& entry : batch_.entries()) {
-    const std::string_view name = batch_.name(entry);
-    switch (entry.attributes.kind) {
-      case EntryKind::regularFile:
-        // A file system may report any size; less than nothing is none.
-        appendPackedFile(files_, name, std::max<std::int64_t>(entry.attributes.countedBytes(), 0));
-        break;
-      case EntryKind::folder:
-        if (!isPackage(name, entry.attributes)) (folderNames_ += name) += '/';
-        break;
-      case EntryKind::symbolicLink:
-      case EntryKind::other:
-        break;
-    }
+bool FolderReading::readOn() {
+  next_.clear();
+  if (part_.empty()) return false;
+  keepSubfolders();
+  read(next_);
+  return !next_.empty();
+}
+
+FolderRest FolderReading::takeRest() {
+  return {folder_, std::exchange(next_, {}), takeSubfolders()};
+}
+
+void FolderReading::measure() {
+  files_.clear();
+  if (part_.empty()) return;
+  if (folder_->measure(part_)) {
+    keepFiles();
+  } else {
+    failed_ = true;
   }
-  if (!folderNames_.empty()) subfolders_.add(std::string(folderNames_));
+}
+
+void FolderReading::read(EntryBatch& batch) {
+  if (folder_ && folder_->readEntries(batch)) return;
+  failed_ = true;
+  batch.clear();
+}
+
+void FolderReading::keepSubfolders() {
+  std::string names;
+  for (const EntryBatch::Entry& entry : part_.entries()) {
+    const std::string_view name = part_.name(entry);
+    if (entry.attributes.kind == EntryKind::folder && !isPackage(name, entry.attributes)) (names += name) += '/';
+  }
+  if (!names.empty()) subfolders_.add(std::move(names));
+}
+
+void FolderReading::keepFiles() {
+  for (const EntryBatch::Entry& entry : part_.entries()) {
+    if (entry.attributes.kind != EntryKind::regularFile) continue;
+    // A file system may report any size; less than nothing is none.
+    appendPackedFile(files_, part_.name(entry), std::max<std::int64_t>(entry.attributes.countedBytes(), 0));
+  }
 }
 
 }  // namespace dunmere

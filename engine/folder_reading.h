@@ -16,46 +16,67 @@ namespace dunmere {
 /// piece by piece, since one folder may hold a million others.
 class FolderNames {
  public:
-  void add(std::string piece) { pieces_.push_back(std::move(piece)); }
+  void add(std::string piece);
   bool empty() const { return piece_ == pieces_.size(); }
+  /// Length in bytes of all names that were added.
+  std::size_t bytes() const { return bytes_; }
   /// The next name, which must be there; in the order in which they were added.
   std::string take();
 
  private:
   std::vector<std::string> pieces_;  // none of them is empty, but for those taken
+  std::size_t bytes_ = 0;
   std::size_t piece_ = 0;
   std::size_t offset_ = 0;
 };
 
-/// Reads folders batch by batch. Keeps its buffers from folder to folder. One thread.
+/// What is left of a folder behind one of its parts.
+struct FolderRest {
+  std::shared_ptr<OpenFolder> folder;
+  EntryBatch next;         ///< entries that were read and not yet measured; not empty
+  FolderNames subfolders;  ///< of all parts before
+
+  /// Memory that it takes, in bytes.
+  std::size_t heldBytes() const { return next.heldBytes() + subfolders.bytes(); }
+};
+
+/// Reads folders in parts of one batch. Finding out the sizes takes most of the time: as soon as the names of a part
+/// and of the next one are read, the rest of the folder may be given to another thread. Keeps its buffers from folder
+/// to folder. One thread.
 class FolderReading {
  public:
   /// Begins an open folder.
   void begin(std::shared_ptr<OpenFolder> folder);
-  /// Begins a folder inside an open one; when that fails, so will the first readBatch().
+  /// Begins a folder inside an open one.
   void begin(OpenFolder& parent, std::string_view name);
+  /// Goes on with a folder.
+  void begin(FolderRest rest);
 
-  enum class Progress { more, ended, failed };
-  /// Reads the next entries. After `more`, files() and the sub-folders grew by what was read.
-  Progress readBatch();
+  /// Reads what comes behind this part; once, after begin(). Whether anything does: then takeRest() is to follow.
+  bool readOn();
+  FolderRest takeRest();
+  /// Finds out the sizes of this part's files; once, after readOn().
+  void measure();
 
-  /// The packed records of the regular files of the batch read last.
+  /// The packed records of this part's regular files; complete after measure().
   std::string_view files() const { return files_; }
-  /// Length of the names of the sub-folders of the batch read last.
-  std::size_t folderNameBytes() const { return folderNames_.size(); }
-
-  /// The folders found so far, packages left out.
+  /// The folders found in this folder, packages left out; complete after its last part, the one without a rest.
   FolderNames takeSubfolders() { return std::exchange(subfolders_, {}); }
   std::shared_ptr<OpenFolder> takeFolder() { return std::exchange(folder_, nullptr); }
+  /// Whether the folder could not be opened, or not be read to its end.
+  bool failed() const { return failed_; }
 
  private:
-  void keepEntries();
+  void read(EntryBatch& batch);
+  void keepSubfolders();
+  void keepFiles();
 
   std::shared_ptr<OpenFolder> folder_;
   FolderNames subfolders_;
-  EntryBatch batch_;
+  EntryBatch part_;
+  EntryBatch next_;
   std::string files_;
-  std::string folderNames_;
+  bool failed_ = false;
 };
 
 }  // namespace dunmere

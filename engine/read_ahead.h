@@ -1,10 +1,8 @@
 // ReadAhead: hands the folders of a tree to one consumer in depth-first order while other threads read the next ones.
 #pragma once
 
-#include <atomic>
 #include <condition_variable>
 #include <cstddef>
-#include <cstdint>
 #include <exception>
 #include <list>
 #include <memory>
@@ -21,25 +19,24 @@
 
 namespace dunmere {
 
-/// The order of consumption is one list. It starts with the folder being consumed; behind every folder that has been
-/// read stand its sub-folders, in directory order, and they in turn come before its siblings. A folder is either
-/// *taken* (some thread reads it or has read it) or still one of the *waiting* sub-folders of a folder that was read. A
-/// reader takes the first waiting folder of the list; so does the consumer when it gets to one that nobody took, and as
-/// long as it would otherwise have to wait for one that a reader is in. Whole folders change hands, giant ones batch by
-/// batch.
+/// The order of consumption is one list of *parts*: most folders are one part, a folder of many entries is several, one
+/// behind the other. The list starts with the part being consumed; behind the last part of every folder stand its
+/// sub-folders, in directory order, and they in turn come before its siblings. A part is either *taken* (some thread
+/// reads it or has read it) or *waiting*: as one of the sub-folders of a folder that was read, or as the rest of a
+/// folder whose first parts are taken. A reader takes the first that waits; so does the consumer when it gets to one
+/// that nobody took, and as long as it would otherwise have to wait for one that a reader is in. So one giant folder
+/// keeps several threads as busy as many small ones do.
 ///
 /// What the consumer gets does not depend on the number of readers. With none it reads everything itself. What is held
-/// in memory is bounded: at the bound nothing more is read ahead until half of it has been consumed. Only the folder
-/// being consumed is always read on, as far as the consumer has taken what there was, or the two would wait for each
-/// other.
+/// in memory is bounded: at the bound nothing more is read ahead until half of it has been consumed.
 ///
 /// One thread makes, uses and destroys it; destruction waits for the readers, each of which finishes at most the one
-/// system call that it is in.
+/// part that it is in.
 class ReadAhead {
  public:
   /// One folder as the consumer meets it. Packages and links are never met.
   struct Folder {
-    std::string_view name;  ///< empty for the root; valid until the next nextFolder()
+    std::string_view name;  ///< empty for the root; valid until the next nextFiles() or nextFolder()
     std::size_t depth = 0;  ///< 0 for the root
   };
 
@@ -62,15 +59,15 @@ class ReadAhead {
   bool failed() const { return failed_; }
 
  private:
-  struct TakenFolder {
-    std::string name;
+  struct TakenPart {
+    std::string name;  // of a folder's first part
     std::size_t depth = 0;
-    bool readByConsumer = false;
+    bool isFurther = false;          // not its folder's first part
     bool beforeFirstWaiting = true;  // kept up to date for those before it; for others when they come to stand there
     bool finished = false;
     bool failed = false;
     std::exception_ptr fault;
-    std::string files;          // packed records that were read and not yet consumed
+    std::string files;          // packed records, when it is finished
     std::size_t heldBytes = 0;  // its share of heldBytes_, which counts what was read and not yet consumed
   };
 
@@ -80,65 +77,76 @@ class ReadAhead {
     std::size_t depth = 0;
   };
 
-  using Order = std::list<std::variant<TakenFolder, WaitingFolders>>;
-  using Lock = std::unique_lock<std::mutex>;
-
-  // A folder that its taker may read now.
-  struct Claim {
-    Order::iterator place;
-    std::shared_ptr<OpenFolder> parent;
-    Order emptied;  // the waiting folders, when this was the last of them: destroyed without the lock
+  struct WaitingRest {
+    FolderRest rest;
+    std::size_t depth = 0;
+    std::size_t heldBytes = 0;  // as above
   };
 
-  static TakenFolder& takenAt(Order::iterator place) { return std::get<TakenFolder>(*place); }
-  static Order subfoldersOf(FolderReading& reading, std::size_t depth);
+  using Order = std::list<std::variant<TakenPart, WaitingFolders, WaitingRest>>;
+  using Lock = std::unique_lock<std::mutex>;
+
+  // A part that its taker may read now.
+  struct Claim {
+    Order::iterator place;
+    std::shared_ptr<OpenFolder> parent;  // of a folder's first part
+    Order
+        waiting;  // what waited there, when nothing of it is left: a rest, or folders to be destroyed without the lock
+  };
+
+  static TakenPart& takenAt(Order::iterator place) { return std::get<TakenPart>(*place); }
+  // Whether it belongs to the same folder as the part before.
+  static bool isFurther(const Order::value_type& element);
 
   // Under the lock.
   Order::iterator firstWaiting();
   Claim claim(Order::iterator waiting);
-  void hold(TakenFolder& folder, std::string& files, std::size_t nameBytes);
-  void end(Order::iterator place, Order& subfolders, bool failed);
+  Claim claimFolder(Order::iterator waiting);
+  Claim claimRest(Order::iterator waiting);
+  void hold(std::size_t& share, std::size_t bytes);
+  void insertBehind(Order::iterator place, Order& waiting);
   void updateFull();
+  bool mayTakeMore();
+  void wakeReader();
+
+  // Any thread.
+  void read(Claim claimed, FolderReading& reading);
+  void readPart(Order::iterator place, FolderReading& reading);
+  void insertRest(Order::iterator place, FolderReading& reading);
+  void finish(Order::iterator place, FolderReading& reading, bool hasRest);
+  void fail(Order::iterator place, std::exception_ptr fault) noexcept;
+
   // Readers.
   void startReaders(unsigned readers);
   void readAsThread();
   bool waitForWork(Lock& lock);
-  void readClaimed(Claim claimed, FolderReading& reading);
-  static void begin(Claim& claimed, FolderReading& reading);
-  void finish(Order::iterator place, FolderReading& reading, std::string& files, std::size_t nameBytes, bool failed);
-  bool handOver(Order::iterator place, std::string& files, std::size_t nameBytes);
-  void fail(Order::iterator place, std::exception_ptr fault) noexcept;
 
   // The consumer.
   bool advance();
-  std::optional<std::string_view> readFiles();
-  std::optional<std::string_view> takeHandedOver();
+  void takeFiles();
   void waitForHead(Lock& lock);
-  bool mayReadAhead();
-  void readOneAhead(Claim claimed);
 
   FileSystem& fileSystem_;
 
   std::mutex mutex_;
-  std::condition_variable workCame_;      // a reader without a folder may take one
-  std::condition_variable roomCame_;      // a reader inside a folder may go on
-  std::condition_variable headAdvanced_;  // the consumer gets files, or the end, of its folder
+  std::condition_variable workCame_;         // a reader may take something
+  std::condition_variable consumerMayGoOn_;  // its part is finished, or there is something to take meanwhile
   Order order_;
   Order::iterator firstWaiting_;  // no waiting folders stand before it
-  Order::iterator head_;          // the folder being consumed, the first of the list; set by the consumer alone
+  Order::iterator head_;          // the part being consumed, the first of the list; set by the consumer alone
   std::size_t takenCount_ = 1;
   std::size_t heldBytes_ = 0;
   unsigned idleReaders_ = 0;
-  unsigned stoppedReaders_ = 0;
+  bool consumerWaits_ = false;
   bool full_ = false;
-  std::atomic<bool> stop_ = false;  // also looked at without the lock
+  bool stop_ = false;
 
   // The consumer's own.
   std::shared_ptr<OpenFolder> root_;  // until it is read
-  FolderReading reading_;             // of a folder that nobody read ahead
-  FolderReading ahead_;               // of a folder that the consumer reads ahead itself
-  Order::iterator begunAhead_;        // the giant folder that ahead_ has begun, if any
-  std::string handedOver_;
+  FolderReading reading_;
+  std::string files_;
+  bool headTaken_ = false;    // files_ are, or were, the head's
+  bool folderEnded_ = false;  // with the head
   bool failed_ = false;
 
   std::vector<std::thread> readers_;

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 #include "platform/linux/entry_status.h"
 #include "platform/linux/link_resolution.h"
@@ -19,11 +20,10 @@ namespace dunmere {
 
 namespace {
 
-/// Attributes of one directory record as far as `detail` asks for them; none when they cannot be read.
-std::optional<EntryAttributes> recordAttributes(int folder, const char* name, unsigned char type, EntryDetail detail) {
+/// What one directory record tells; all attributes where it does not tell the kind. None when they cannot be read.
+std::optional<EntryAttributes> recordAttributes(int folder, const char* name, unsigned char type) {
   switch (type) {
     case DT_REG:
-      if (detail == EntryDetail::sizes) return regularFileStatus(folder, name);
       return EntryAttributes{.kind = EntryKind::regularFile};
     case DT_DIR:
       return EntryAttributes{.kind = EntryKind::folder};
@@ -34,6 +34,10 @@ std::optional<EntryAttributes> recordAttributes(int folder, const char* name, un
     default:
       return EntryAttributes{.kind = EntryKind::other};
   }
+}
+
+bool needsMeasuring(const EntryBatch::Entry& entry) {
+  return entry.attributes.kind == EntryKind::regularFile && !entry.attributes.hasSize();
 }
 
 bool isDots(std::string_view name) {
@@ -96,13 +100,27 @@ void LinuxOpenFolder::addEntries(int folder, std::string_view records, EntryBatc
     records.remove_prefix(record->d_reclen);
     const std::string_view name = record->d_name;
     if (isDots(name)) continue;
-    const auto attributes = recordAttributes(folder, record->d_name, record->d_type, detail_);
+    const auto attributes = recordAttributes(folder, record->d_name, record->d_type);
     if (attributes) {
       batch.add(name, *attributes);
     } else if (detail_ == EntryDetail::kinds) {
       batch.add(name, EntryAttributes{.kind = EntryKind::other});
     }
   }
+}
+
+std::expected<void, SweepError> LinuxOpenFolder::measure(EntryBatch& batch) {
+  const std::vector<EntryBatch::Entry>& entries = batch.entries();
+  if (std::ranges::none_of(entries, needsMeasuring)) return {};
+  const auto pin = descriptor();
+  if (!pin) return std::unexpected(failure(url(), pin.error()));
+  for (std::size_t position = 0; position < entries.size(); ++position) {
+    const EntryBatch::Entry& entry = entries[position];
+    if (!needsMeasuring(entry)) continue;
+    const auto attributes = regularFileStatus(pin->descriptor(), batch.nameText(entry));
+    batch.setAttributes(position, attributes.value_or(EntryAttributes{.kind = EntryKind::other}));
+  }
+  return {};
 }
 
 std::expected<std::shared_ptr<OpenFolder>, SweepError> LinuxOpenFolder::openChild(std::string_view name) {

@@ -21,6 +21,7 @@ class LinuxOpenFolder final : public PosixOpenFolder {
                                                                           const FileUrl& url, EntryDetail detail);
 
   std::expected<void, SweepError> readEntries(EntryBatch& batch) override;
+  std::expected<void, SweepError> measure(EntryBatch& batch) override;
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openChild(std::string_view name) override;
   std::optional<EntryAttributes> attributes(std::string_view name) override;
   LinkTarget resolveLink(std::string_view name) override;

@@ -4,72 +4,16 @@
 #include <sys/resource.h>
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <new>
 #include <string>
 #include <thread>
-#include <vector>
 
-#include "engine/packed_files.h"
+#include "tests/engine/recorded_walk.h"
 #include "tests/support/child_process.h"
 #include "tests/support/memory_file_system.h"
 
 namespace dunmere::test {
 namespace {
-
-std::shared_ptr<OpenFolder> open(FileSystem& fileSystem, const std::string& path) {
-  return *fileSystem.openFolder(FileUrl(path), EntryDetail::sizes);
-}
-
-std::vector<std::string> namesOf(std::string_view packed) {
-  std::vector<std::string> names;
-  const char* const end = packed.data() + packed.size();
-  for (const char* position = packed.data(); position != end;) names.emplace_back(takePackedFile(position).name);
-  return names;
-}
-
-// One line a folder: its depth as indentation, its name, its files, "!" when it failed.
-std::string takeFolder(ReadAhead& readAhead, const ReadAhead::Folder& folder) {
-  std::string line = std::string(2 * folder.depth, ' ') + std::string(folder.name) + ":";
-  while (const auto files = readAhead.nextFiles())
-    for (const std::string& name : namesOf(*files)) line += " " + name;
-  return line + (readAhead.failed() ? " !" : "");
-}
-
-using Lines = std::vector<std::string>;
-
-Lines walk(FileSystem& fileSystem, const std::string& root, unsigned readers) {
-  ReadAhead readAhead(fileSystem, open(fileSystem, root), readers);
-  Lines lines;
-  while (const auto folder = readAhead.nextFolder()) lines.push_back(takeFolder(readAhead, *folder));
-  return lines;
-}
-
-// Lets a thread wait until other threads have done something so many times.
-class Counter {
- public:
-  void count() {
-    const std::lock_guard lock(mutex_);
-    ++value_;
-    changed_.notify_all();
-  }
-  int waitFor(int atLeast) {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return value_ >= atLeast; });
-    return value_;
-  }
-  int value() { return waitFor(0); }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  int value_ = 0;
-};
-
-// Given to readers that should have stopped by now, so that one that does not stop is found out.
-constexpr auto kTimeToGoTooFar = std::chrono::milliseconds(100);
 
 class ReadAheadWith : public testing::TestWithParam<unsigned> {};
 
@@ -120,29 +64,6 @@ TEST_P(ReadAheadWith, FolderThatVanishedAfterItWasListedFails) {
   EXPECT_EQ(walk(fileSystem, "/r", GetParam()), (Lines{":", "  gone: !", "  stays: f"}));
 }
 
-TEST_P(ReadAheadWith, GiantFoldersArriveWholeAndInOrder) {
-  MemoryFileSystem fileSystem;
-  fileSystem.setBatchSize(500);
-  std::string expected;
-  for (int i = 0; i < 60'000; ++i) {
-    fileSystem.addFile("/r/giant/" + std::to_string(i), 1);
-    fileSystem.addFile("/r/second giant/" + std::to_string(i), 1);
-    expected += " " + std::to_string(i);
-  }
-  EXPECT_EQ(walk(fileSystem, "/r", GetParam()), (Lines{":", "  giant:" + expected, "  second giant:" + expected}));
-}
-
-TEST_P(ReadAheadWith, ManyLongNamesOfFoldersGoOnReading) {
-  // More names of folders than may be held: their folder must be read to its end all the same.
-  MemoryFileSystem fileSystem;
-  for (int i = 0; i < 6'000; ++i) fileSystem.addFolder("/r/d/" + std::string(200, 'x') + std::to_string(i));
-  fileSystem.addFile("/r/d/last", 1);
-  fileSystem.setBatchSize(50);
-  const Lines lines = walk(fileSystem, "/r", GetParam());
-  ASSERT_EQ(lines.size(), 6'002U);
-  EXPECT_EQ(lines[1], "  d: last");
-}
-
 TEST_P(ReadAheadWith, VeryDeepChainIsWalkedAndTakenDownWithoutRecursion) {
   constexpr std::size_t kDepth = 20'000;
   MemoryFileSystem fileSystem;
@@ -163,18 +84,6 @@ TEST_P(ReadAheadWith, MayBeGivenUpAtAnyFolder) {
   MemoryFileSystem fileSystem;
   for (int i = 0; i < 300; ++i) fileSystem.addFile("/r/" + std::to_string(i % 20) + "/" + std::to_string(i) + "/f", 1);
   for (int folders = 0; folders < 60; ++folders) {
-    ReadAhead readAhead(fileSystem, open(fileSystem, "/r"), GetParam());
-    for (int i = 0; i < folders; ++i) takeFolder(readAhead, *readAhead.nextFolder());
-  }
-}
-
-TEST_P(ReadAheadWith, GivingUpWakesReadersThatWaitForRoom) {
-  MemoryFileSystem fileSystem;
-  fileSystem.setBatchSize(1'000);
-  for (int i = 0; i < 4; ++i)
-    for (int file = 0; file < 10'000; ++file)
-      fileSystem.addFile("/r/" + std::to_string(i) + "/" + std::string(40, 'x') + std::to_string(file), 1);
-  for (int folders = 0; folders < 3; ++folders) {
     ReadAhead readAhead(fileSystem, open(fileSystem, "/r"), GetParam());
     for (int i = 0; i < folders; ++i) takeFolder(readAhead, *readAhead.nextFolder());
   }
@@ -230,56 +139,6 @@ TEST(ReadAhead, ReadersNeverGetFurtherAheadThanTheBound) {
   EXPECT_EQ(consumed, kFolders + 1);
 }
 
-TEST(ReadAhead, ReaderOfAGiantFolderStopsAtTheBoundUntilTheConsumerFollows) {
-  constexpr int kFiles = 200'000;  // about 2.4 MB packed, several times what may be held
-  constexpr int kBatch = 1'000;
-  MemoryFileSystem fileSystem;
-  fileSystem.setBatchSize(kBatch);
-  for (int i = 0; i < kFiles; ++i) fileSystem.addFile("/r/giant/" + std::to_string(i) + "name", 1);
-  auto root = open(fileSystem, "/r");
-  Counter reads;
-  fileSystem.onRead([&reads](const std::string& path) {
-    if (path == "/r/giant") reads.count();
-  });
-  ReadAhead readAhead(fileSystem, std::move(root), 1);
-  takeFolder(readAhead, *readAhead.nextFolder());
-  reads.waitFor(20);  // nobody consumes, and yet it reads
-  std::this_thread::sleep_for(kTimeToGoTooFar);
-  const auto giant = readAhead.nextFolder();
-  ASSERT_TRUE(giant);
-  int files = 0;
-  while (const auto packed = readAhead.nextFiles()) {
-    files += static_cast<int>(namesOf(*packed).size());
-    // Held ahead at most: what the consumer took in one go, and as much again.
-    ASSERT_LE(reads.value() * kBatch, files + 2 * 512 * 1024 / 12 + 4 * kBatch);
-  }
-  EXPECT_EQ(files, kFiles);
-}
-
-TEST(ReadAhead, ReaderThatStoppedGoesOnWhenItsFolderIsConsumedThoughTooMuchIsHeld) {
-  // The folder holds nothing but names of folders, more than may be held, and nothing of them can be consumed before it
-  // has been read to its end.
-  constexpr int kFolders = 6'000;
-  MemoryFileSystem fileSystem;
-  fileSystem.setBatchSize(50);
-  for (int i = 0; i < kFolders; ++i) fileSystem.addFolder("/r/d/" + std::string(200, 'x') + std::to_string(i));
-  Counter reads;
-  fileSystem.onRead([&reads](const std::string& path) {
-    if (path == "/r/d") reads.count();
-  });
-  ReadAhead readAhead(fileSystem, open(fileSystem, "/r"), 1);
-  takeFolder(readAhead, *readAhead.nextFolder());
-  reads.waitFor(50);
-  std::this_thread::sleep_for(kTimeToGoTooFar);
-  EXPECT_LT(reads.value(), 60);
-  int folders = 0;
-  while (const auto folder = readAhead.nextFolder()) {
-    takeFolder(readAhead, *folder);
-    ++folders;
-  }
-  EXPECT_EQ(folders, kFolders + 1);
-}
-
 // Readers start when the test lets them.
 class GatedFileSystem : public MemoryFileSystem {
  public:
@@ -309,24 +168,6 @@ TEST(ReadAhead, ConsumerReadsItselfWhatNobodyTookWhileTheReaderHangs) {
   EXPECT_FALSE(readAhead.nextFolder());
 }
 
-// The first folder "a" keeps its reader until `release` counts.
-class HeldUpReading {
- public:
-  explicit HeldUpReading(MemoryFileSystem& fileSystem) {
-    fileSystem.onOpen([this](const std::string& path) {
-      if (path == "/r/a") {
-        hanging.count();
-        release.waitFor(1);
-      } else {
-        opened.count();
-      }
-    });
-  }
-  Counter hanging;
-  Counter release;
-  Counter opened;
-};
-
 TEST(ReadAhead, ConsumerReadsAheadInsteadOfWaitingForAReader) {
   MemoryFileSystem fileSystem;
   for (const char* file : {"/r/a/1", "/r/b/2", "/r/b/in b/3", "/r/c/4"}) fileSystem.addFile(file, 1);
@@ -346,38 +187,12 @@ TEST(ReadAhead, ConsumerReadsAheadInsteadOfWaitingForAReader) {
   EXPECT_EQ(lines, (Lines{"  a: 1", "  b: 2", "    in b: 3", "  c: 4"}));
 }
 
-TEST(ReadAhead, ConsumerReadsOfAGiantFolderOnlyTheBeginningAhead) {
-  constexpr int kFiles = 1'000;
+TEST_P(ReadAheadWith, FolderThatCannotBeMeasuredFails) {
   MemoryFileSystem fileSystem;
-  fileSystem.setBatchSize(10);
-  fileSystem.addFile("/r/a/1", 1);
-  std::string expected = "  giant:";
-  for (int i = 0; i < kFiles; ++i) {
-    fileSystem.addFile("/r/giant/" + std::to_string(i), 1);
-    expected += " " + std::to_string(i);
-  }
-  fileSystem.addFile("/r/giant/inside/2", 1);
-  fileSystem.addFile("/r/last/3", 1);
-  auto root = open(fileSystem, "/r");
-  HeldUpReading reading(fileSystem);
-  Counter reads;
-  fileSystem.onRead([&reads](const std::string& path) {
-    if (path == "/r/giant") reads.count();
-  });
-  ReadAhead readAhead(fileSystem, std::move(root), 1);
-  EXPECT_EQ(takeFolder(readAhead, *readAhead.nextFolder()), ":");
-  reading.hanging.waitFor(1);
-  std::thread releaser([&] {
-    reads.waitFor(2);
-    std::this_thread::sleep_for(kTimeToGoTooFar);
-    reading.release.count();
-  });
-  EXPECT_EQ(takeFolder(readAhead, *readAhead.nextFolder()), "  a: 1");
-  EXPECT_EQ(reads.value(), 2);
-  Lines lines;
-  while (const auto folder = readAhead.nextFolder()) lines.push_back(takeFolder(readAhead, *folder));
-  releaser.join();
-  EXPECT_EQ(lines, (Lines{expected, "    inside: 2", "  last: 3"}));
+  for (const char* file : {"/r/a/1", "/r/a/2", "/r/a/d/3", "/r/b/4"}) fileSystem.addFile(file, 1);
+  fileSystem.setBatchSize(2);
+  fileSystem.failMeasuring("/r/a");
+  EXPECT_EQ(walk(fileSystem, "/r", GetParam()), (Lines{":", "  a: !", "    d: 3", "  b: 4"}));
 }
 
 TEST(ReadAhead, WalksOnWithoutTheReadersThatCannotBeStarted) {

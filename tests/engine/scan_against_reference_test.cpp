@@ -44,7 +44,7 @@ class ReferenceScan {
     std::vector<FileUrl> subfolders;
     EntryBatch batch;
     for (;;) {
-      if (!(*opened)->readEntries(batch)) {
+      if (!(*opened)->readEntries(batch) || !(*opened)->measure(batch)) {
         state_.hadReadErrors = true;
         break;
       }

@@ -11,14 +11,16 @@
 
 namespace dunmere::test {
 
-/// All entries of `folder` by name; fails the test when reading fails or a name comes twice.
-inline std::map<std::string, EntryAttributes> contentsOf(OpenFolder& folder) {
+/// All entries of `folder` by name, measured unless only their kinds are wanted; fails the test when that fails or a
+/// name comes twice.
+inline std::map<std::string, EntryAttributes> contentsOf(OpenFolder& folder, EntryDetail detail = EntryDetail::sizes) {
   std::map<std::string, EntryAttributes> contents;
   EntryBatch batch;
   for (;;) {
     const auto read = folder.readEntries(batch);
     EXPECT_TRUE(read.has_value()) << read.error().code.message();
     if (!read || batch.empty()) return contents;
+    EXPECT_TRUE(detail == EntryDetail::kinds || folder.measure(batch));
     for (const auto& entry : batch.entries()) {
       const bool isNew = contents.emplace(batch.name(entry), entry.attributes).second;
       EXPECT_TRUE(isNew) << batch.name(entry);

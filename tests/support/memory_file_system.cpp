@@ -20,6 +20,9 @@ std::optional<EntryAttributes> listedAttributes(const MemoryNode& node, EntryDet
       return kindOnly;
     }
     case EntryDetail::sizes:
+      // As a directory read tells it: a file's sizes are to be asked for, and only then is it found out that they are
+      // hidden.
+      if (node.attributes.kind == EntryKind::regularFile) return EntryAttributes{.kind = EntryKind::regularFile};
       if (node.attributesHidden) return std::nullopt;
       return node.attributes;
   }
@@ -43,6 +46,25 @@ class MemoryFileSystem::Folder : public OpenFolder {
       hook = fileSystem_.readHook_;
     }
     if (hook) (*hook)(path());
+    return {};
+  }
+
+  std::expected<void, SweepError> measure(EntryBatch& batch) override {
+    std::shared_ptr<const Hook> hook;
+    {
+      const std::lock_guard lock(fileSystem_.mutex_);
+      hook = fileSystem_.measureHook_;
+    }
+    if (hook) (*hook)(path());
+    const std::lock_guard lock(fileSystem_.mutex_);
+    if (node_.folder->unmeasurable) return std::unexpected(failure(path(), std::errc::io_error));
+    for (std::size_t position = 0; position < batch.size(); ++position) {
+      const EntryBatch::Entry& entry = batch.entries()[position];
+      if (entry.attributes.kind != EntryKind::regularFile) continue;
+      const MemoryNode* node = node_.child(batch.name(entry));
+      const bool isReadable = node && !node->attributesHidden;
+      batch.setAttributes(position, isReadable ? node->attributes : EntryAttributes{.kind = EntryKind::other});
+    }
     return {};
   }
 
@@ -154,6 +176,10 @@ void MemoryFileSystem::failReadingAfter(const std::string& path, std::size_t ent
   changeFolder(path, [entries](MemoryNode& node) { node.folder->failsAfter = entries; });
 }
 
+void MemoryFileSystem::failMeasuring(const std::string& path) {
+  changeFolder(path, [](MemoryNode& node) { node.folder->unmeasurable = true; });
+}
+
 void MemoryFileSystem::hideAttributes(const std::string& path) {
   const std::lock_guard lock(mutex_);
   tree_.at(path).attributesHidden = true;
@@ -227,6 +253,11 @@ void MemoryFileSystem::onOpen(Hook hook) {
 void MemoryFileSystem::onRead(Hook hook) {
   const std::lock_guard lock(mutex_);
   readHook_ = hook ? std::make_shared<const Hook>(std::move(hook)) : nullptr;
+}
+
+void MemoryFileSystem::onMeasure(Hook hook) {
+  const std::lock_guard lock(mutex_);
+  measureHook_ = hook ? std::make_shared<const Hook>(std::move(hook)) : nullptr;
 }
 
 std::expected<std::shared_ptr<OpenFolder>, SweepError> MemoryFileSystem::openFolder(const FileUrl& url,

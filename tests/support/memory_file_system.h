@@ -39,6 +39,7 @@ class MemoryFileSystem : public FileSystem {
   void makeReadable(const std::string& path);
   void failReadingAfter(const std::string& path,
                         std::size_t entries);    ///< reading fails with EIO after so many entries
+  void failMeasuring(const std::string& path);   ///< the sizes of this folder's files are out of reach, with EIO
   void hideAttributes(const std::string& path);  ///< this entry's attributes cannot be read
   void remove(const std::string& path);          ///< with all below it
   void setBatchSize(std::size_t entries);        ///< entries a readEntries() hands out at most; default 3
@@ -65,6 +66,8 @@ class MemoryFileSystem : public FileSystem {
   void onOpen(std::function<void(const std::string& path)> hook);
   /// The same at each readEntries() once it has its entries: the place to change what was just read.
   void onRead(std::function<void(const std::string& path)> hook);
+  /// The same at each measure(), before it begins.
+  void onMeasure(std::function<void(const std::string& path)> hook);
 
   // FileSystem. nameSortKey() folds ASCII letters to lower case and leaves all else as it is.
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override;
@@ -110,6 +113,7 @@ class MemoryFileSystem : public FileSystem {
   std::vector<std::string> measuredVolumes_;
   std::shared_ptr<const Hook> openHook_;
   std::shared_ptr<const Hook> readHook_;
+  std::shared_ptr<const Hook> measureHook_;
   std::atomic<int> utilityPriorityThreads_{0};
 };
 

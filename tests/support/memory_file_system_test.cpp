@@ -24,11 +24,13 @@ class MemoryFileSystemTest : public testing::Test {
     const auto folder = fileSystem_.openFolder(FileUrl(path), EntryDetail::sizes);
     return folder ? std::error_code() : folder.error().code;
   }
-  static std::vector<std::pair<std::string, EntryAttributes>> entriesOf(OpenFolder& folder) {
+  static std::vector<std::pair<std::string, EntryAttributes>> entriesOf(OpenFolder& folder,
+                                                                        EntryDetail detail = EntryDetail::sizes) {
     std::vector<std::pair<std::string, EntryAttributes>> entries;
     EntryBatch batch;
     do {
       folder.readEntries(batch).value();
+      if (detail == EntryDetail::sizes) folder.measure(batch).value();
       for (const auto& entry : batch.entries()) entries.emplace_back(batch.name(entry), entry.attributes);
     } while (!batch.empty());
     return entries;
@@ -64,15 +66,16 @@ TEST_F(MemoryFileSystemTest, DetailDecidesWhatEntriesTell) {
   using Entries = std::vector<std::pair<std::string, EntryAttributes>>;
   EXPECT_EQ(entriesOf(*open("/d", EntryDetail::sizes)),
             (Entries{{"file", {EntryKind::regularFile, false, 10, kAbsent}},
-                     {"link", {EntryKind::symbolicLink, false, kAbsent, 4}}}));
-  EXPECT_EQ(entriesOf(*open("/d", EntryDetail::kinds)),
+                     {"link", {EntryKind::symbolicLink, false, kAbsent, 4}},
+                     {"hidden", {EntryKind::other, false, kAbsent, kAbsent}}}));
+  EXPECT_EQ(entriesOf(*open("/d", EntryDetail::kinds), EntryDetail::kinds),
             (Entries{{"file", {EntryKind::regularFile, false, kAbsent, kAbsent}},
                      {"link", {EntryKind::symbolicLink, false, kAbsent, kAbsent}},
                      {"hidden", {EntryKind::other, false, kAbsent, kAbsent}}}));
 }
 
 TEST_F(MemoryFileSystemTest, ABatchOfHiddenEntriesDoesNotEndTheFolder) {
-  for (const char* path : {"/d/1", "/d/2", "/d/3", "/d/4"}) fileSystem_.addFile(path, 1);
+  for (const char* path : {"/d/1", "/d/2", "/d/3", "/d/4"}) fileSystem_.addLink(path, "x");
   for (const char* path : {"/d/1", "/d/2", "/d/3"}) fileSystem_.hideAttributes(path);
   EXPECT_EQ(namesIn(*open("/d")), Strings{"4"});
 }

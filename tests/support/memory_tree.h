@@ -24,6 +24,7 @@ struct MemoryFolder {
                                       ///< stays right
   std::unordered_map<std::string_view, MemoryNode*> byName;
   bool unreadable = false;
+  bool unmeasurable = false;
   std::optional<std::size_t> failsAfter;  ///< entries handed out before reading fails
 };
 
