@@ -2,12 +2,15 @@
 
 #include <sys/stat.h>
 
+#include <QAbstractItemView>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QGuiApplication>
+#include <QLineEdit>
 #include <QSettings>
 #include <QString>
+#include <QStringList>
 #include <QWindow>
 
 namespace dunmere {
@@ -18,6 +21,21 @@ namespace {
 void keepNoSettings() {
   QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
 }
+
+/// Qt's own dialog takes the rows that are selected in its list before what was typed, and while it still fills that
+/// list it may select some by itself. Here the typed path holds for a user who has just typed it.
+class FolderDialog : public QFileDialog {
+ public:
+  using QFileDialog::QFileDialog;
+
+  void accept() override {
+    const auto* const line = findChild<QLineEdit*>();
+    if (line != nullptr && line->hasFocus()) {
+      for (auto* const list : findChildren<QAbstractItemView*>()) list->clearSelection();
+    }
+    QFileDialog::accept();
+  }
+};
 
 /// Puts the dialog above the window that the user is working in, which is no widget.
 void placeAboveActiveWindow(QFileDialog& dialog) {
@@ -39,15 +57,18 @@ std::optional<FileUrl> folderAt(const QString& text) {
 
 std::optional<FileUrl> FolderChooser::choose(const std::string& message) const {
   keepNoSettings();
-  QFileDialog dialog(nullptr, QString::fromStdString(message), QDir::homePath());
+  FolderDialog dialog(nullptr, QString::fromStdString(message), QDir::homePath());
   dialog.setAcceptMode(QFileDialog::AcceptOpen);
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
   // Qt's own dialog would otherwise rename folders and delete them for good.
   dialog.setOption(QFileDialog::ReadOnly);
   placeAboveActiveWindow(dialog);
-  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
-  return folderAt(dialog.selectedFiles().constFirst());
+  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  const QStringList chosen = dialog.selectedFiles();
+  // Several are none, rather than one that nobody meant.
+  if (chosen.size() != 1) return std::nullopt;
+  return folderAt(chosen.constFirst());
 }
 
 }  // namespace dunmere

@@ -1,5 +1,7 @@
 #include "platform/linux/patient_folder.h"
 
+#include <cerrno>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -36,10 +38,18 @@ std::expected<std::shared_ptr<OpenFolder>, SweepError> PatientFolder::open(Folde
   return std::make_shared<PatientFolder>(patience, url, std::move((*answer)->folder), (*answer)->isLocal);
 }
 
+/// Throws std::bad_alloc when the memory ran out on the thread that was asked, as if it had on this one.
+template <typename Answer>
+std::expected<Answer, int> PatientFolder::askPatiently(const std::string& place, std::function<Answer()> question) {
+  auto answer = patience_.ask<Answer>(place, std::move(question));
+  if (!answer && answer.error() == ENOMEM) throw std::bad_alloc();
+  return answer;
+}
+
 template <typename Answer>
 std::expected<Answer, int> PatientFolder::ask(std::function<Answer()> question) {
   if (isLocal_) return question();
-  return patience_.ask<Answer>(url_.bytes(), std::move(question));
+  return askPatiently<Answer>(url_.bytes(), std::move(question));
 }
 
 std::expected<void, SweepError> PatientFolder::readEntries(EntryBatch& batch) {
@@ -74,7 +84,7 @@ LinkTarget PatientFolder::resolveLink(std::string_view name) {
     if (auto target = folder_->knownLinkTarget(name)) return *std::move(target);
   }
   // A place of its own: links that lead nowhere must not keep their folder from being listed again.
-  auto answer = patience_.ask<LinkTarget>(
+  auto answer = askPatiently<LinkTarget>(
       url_.bytes() + "/", [folder = folder_, link = std::string(name)] { return folder->resolveLink(link); });
   return answer ? *std::move(answer) : LinkTarget{url_.appending(name).standardized(), std::nullopt};
 }

@@ -34,6 +34,8 @@ class PatientFolder final : public OpenFolder {
 
  private:
   template <typename Answer>
+  std::expected<Answer, int> askPatiently(const std::string& place, std::function<Answer()> question);
+  template <typename Answer>
   std::expected<Answer, int> ask(std::function<Answer()> question);
 
   Patience& patience_;

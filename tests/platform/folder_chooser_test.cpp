@@ -10,7 +10,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QItemSelectionModel>
 #include <QLineEdit>
+#include <QListView>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -66,6 +68,37 @@ void pick(QFileDialog& dialog, const QString& name) {
 TEST_F(FolderChooserTest, TheChosenFolderComesBack) {
   makeFolder("inner");
   EXPECT_EQ(choose([](QFileDialog& dialog) { pick(dialog, QStringLiteral("inner")); }), FileUrl(path("inner")));
+}
+
+TEST_F(FolderChooserTest, TheTypedFolderHoldsWhateverIsSelectedInTheList) {
+  makeFolder("many");
+  makeFolder("many/typed");
+  const auto chosen = choose([&](QFileDialog& dialog) {
+    auto* const list = dialog.findChild<QListView*>(QStringLiteral("listView"));
+    ASSERT_TRUE(waitUntil([&] { return list->model()->rowCount(list->rootIndex()) == 1; }));
+    auto* const line = dialog.findChild<QLineEdit*>();
+    line->setFocus();
+    ASSERT_TRUE(waitUntil([&] { return line->hasFocus(); }));
+    line->setText(QFile::decodeName(path("many/typed").c_str()));
+    list->selectionModel()->select(list->model()->index(0, 0, list->rootIndex()),
+                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    static_cast<QDialog&>(dialog).accept();
+  });
+  EXPECT_EQ(chosen, FileUrl(path("many/typed")));
+}
+
+TEST_F(FolderChooserTest, ASelectedRowIsTheChoiceOfAUserWhoDidNotType) {
+  makeFolder("one");
+  const auto chosen = choose([&](QFileDialog& dialog) {
+    auto* const list = dialog.findChild<QListView*>(QStringLiteral("listView"));
+    ASSERT_TRUE(waitUntil([&] { return list->model()->rowCount(list->rootIndex()) == 1; }));
+    dialog.findChild<QLineEdit*>()->clearFocus();
+    ASSERT_FALSE(dialog.findChild<QLineEdit*>()->hasFocus());
+    list->selectionModel()->select(list->model()->index(0, 0, list->rootIndex()),
+                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    static_cast<QDialog&>(dialog).accept();
+  });
+  EXPECT_EQ(chosen, FileUrl(path("one")));
 }
 
 TEST_F(FolderChooserTest, CancellingGivesNone) {

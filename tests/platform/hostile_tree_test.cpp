@@ -14,6 +14,7 @@
 #include "platform/platform_file_system.h"
 #include "platform/posix/open_path.h"
 #include "sweeper/disk_sweeper_pane.h"
+#include "sweeper/display_text.h"
 #include "tests/platform/opened_files.h"
 #include "tests/support/child_process.h"
 #include "tests/support/fake_desktop.h"
@@ -144,7 +145,7 @@ class PaneOnTree {
     ASSERT_NE(selected, nullptr) << row.url.bytes();
     EXPECT_EQ(*selected, row);
     EXPECT_EQ(pane_.columnChildren().size(), column + (row.isDirectory ? 2 : 1)) << row.url.bytes();
-    EXPECT_TRUE(pane_.trashConfirmTitle().contains(row.name));
+    EXPECT_TRUE(pane_.trashConfirmTitle().contains(displayText(row.name)));
     if (!row.isDirectory) {
       EXPECT_EQ(pane_.loadError(), std::nullopt) << row.url.bytes();
       return;
