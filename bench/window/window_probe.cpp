@@ -1,9 +1,9 @@
 // window_probe: measures one thing in the application's real window and prints it as JSON.
 //
 //   first-frame              when the first frame was on the screen, in nanoseconds of the monotonic clock
-//   sweep ROOT [NAME...]     frames of the window at rest and while it sweeps ROOT; each NAME is a folder to open as
-//   one
-//                            more column as soon as the sweep has begun
+//   sweep ROOT [NAME...]     frames of the window at rest and while it sweeps ROOT; each NAME is a folder to open in
+//                            one more column as soon as the sweep has begun
+//   end ROOT [NAME...]       the same sweep in a window that paints only what the sweep changes: when it ends
 //   column ROOT NAME         frames while the folder ROOT/NAME opens, a row in it is selected, and it is listed again
 //
 // --software paints without OpenGL. All times but the first are in seconds.
@@ -50,11 +50,11 @@ Options parseOptions(const std::vector<std::string>& arguments) {
       words.push_back(argument);
     }
   }
-  const bool complete =
-      !words.empty() && ((words[0] == "first-frame" && words.size() == 1) ||
-                         (words[0] == "sweep" && words.size() >= 2) || (words[0] == "column" && words.size() == 3));
+  const bool complete = !words.empty() && ((words[0] == "first-frame" && words.size() == 1) ||
+                                           ((words[0] == "sweep" || words[0] == "end") && words.size() >= 2) ||
+                                           (words[0] == "column" && words.size() == 3));
   if (!complete) {
-    std::cerr << "usage: window_probe [--software] first-frame | sweep ROOT [NAME...] | column ROOT NAME\n";
+    std::cerr << "usage: window_probe [--software] first-frame | sweep|end ROOT [NAME...] | column ROOT NAME\n";
     std::exit(kBadUsage);
   }
   options.what = words[0];
@@ -100,9 +100,10 @@ void measureFirstFrame(FileSystem& fileSystem, const Options& options, JsonText&
 }
 
 void measureSweep(FileSystem& fileSystem, const Options& options, JsonText& json) {
-  WindowRun window(fileSystem, options.root, true);
+  const bool animated = options.what == "sweep";
+  WindowRun window(fileSystem, options.root, animated);
   Phases phases(window, json);
-  phases.rest("rest");
+  if (animated) phases.rest("rest");
   phases.measure("sweep", [&] {
     window.pane().openFolderSweep();
     for (const std::string& name : options.names) {
@@ -135,7 +136,7 @@ void measureColumn(FileSystem& fileSystem, const Options& options, JsonText& jso
 
 void measure(FileSystem& fileSystem, const Options& options, JsonText& json) {
   if (options.what == "first-frame") measureFirstFrame(fileSystem, options, json);
-  if (options.what == "sweep") measureSweep(fileSystem, options, json);
+  if (options.what == "sweep" || options.what == "end") measureSweep(fileSystem, options, json);
   if (options.what == "column") measureColumn(fileSystem, options, json);
 }
 
