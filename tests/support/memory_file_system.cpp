@@ -1,5 +1,6 @@
 #include "tests/support/memory_file_system.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -57,7 +58,9 @@ class MemoryFileSystem::Folder : public OpenFolder {
     }
     if (hook) (*hook)(path());
     const std::lock_guard lock(fileSystem_.mutex_);
-    if (node_.folder->unmeasurable) return std::unexpected(failure(path(), std::errc::io_error));
+    const auto isFile = [](const auto& entry) { return entry.attributes.kind == EntryKind::regularFile; };
+    if (node_.folder->unmeasurable && std::ranges::any_of(batch.entries(), isFile))
+      return std::unexpected(failure(path(), std::errc::io_error));
     for (std::size_t position = 0; position < batch.size(); ++position) {
       const EntryBatch::Entry& entry = batch.entries()[position];
       if (entry.attributes.kind != EntryKind::regularFile) continue;
