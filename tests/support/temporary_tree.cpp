@@ -56,11 +56,12 @@ void removeContents(int folder) {
   for (auto names = namesIn(folder); !names.empty(); names = namesIn(folder)) {
     for (const std::string& name : names) {
       if (removeOne(folder, name)) continue;
-      ::fchmodat(folder, name.c_str(), 0700, 0);
+      check(::fchmodat(folder, name.c_str(), 0700, 0) == 0, name);
       const UniqueDescriptor full = openFolderAt(folder, name);
       for (const std::string& inner : namesIn(full.get())) {
         if (removeOne(full.get(), inner)) continue;
-        ::fchmodat(full.get(), inner.c_str(), 0700, 0);  // to be moved, a folder must be writable itself
+        // To be moved, a folder must be writable itself.
+        check(::fchmodat(full.get(), inner.c_str(), 0700, 0) == 0, inner);
         const std::string free = "moved up " + std::to_string(moved++);
         check(::renameat(full.get(), inner.c_str(), folder, free.c_str()) == 0, inner);
       }
