@@ -35,7 +35,7 @@ constexpr unsigned kMostReaders = 256;
 struct Options {
   std::string root;
   std::optional<unsigned> readers;  ///< none: the engine chooses
-  std::string dumpFile;             ///< empty: no dump
+  std::optional<std::string> dumpFile;
   std::vector<std::string> columns;
   bool withSnapshots = false;
 };
@@ -154,7 +154,7 @@ void writeDump(const std::string& file, const SweepInventory& inventory) {
     std::fputc('\0', out);
   });
   const bool failed = std::ferror(out) != 0;
-  if (std::fclose(out) != 0 || failed) fail("cannot write " + file);
+  if (std::fclose(out) != 0 || failed) fail("cannot write " + file + ": " + std::generic_category().message(errno));
 }
 
 void appendColumn(JsonText& json, const std::expected<std::vector<dunmere::SweeperItem>, dunmere::SweepError>& column) {
@@ -220,7 +220,7 @@ int main(int argc, char** argv) {
   const Options options = parseOptions({argv + 1, argv + argc});
   const auto fileSystem = dunmere::makePlatformFileSystem();
   const Sweep done = sweep(*fileSystem, options);
-  if (!options.dumpFile.empty()) writeDump(options.dumpFile, done.inventory);
+  if (options.dumpFile) writeDump(*options.dumpFile, done.inventory);
 
   JsonText json;
   json.openObject();
