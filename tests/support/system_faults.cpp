@@ -75,6 +75,11 @@ int openat(int folder, const char* path, int flags, ...) {
   return static_cast<int>(::syscall(SYS_openat, folder, path, flags, mode));
 }
 
+// What openat() is called in code that is compiled with _FORTIFY_SOURCE.
+int __openat_2(int folder, const char* path, int flags) {
+  return openat(folder, path, flags, 0);
+}
+
 ssize_t getdents64(int folder, void* buffer, size_t bytes) noexcept {
   if (fails(Fallible::getdents)) return -1;
   return ::syscall(SYS_getdents64, folder, buffer, bytes);
