@@ -37,6 +37,12 @@ class FolderDialog : public QFileDialog {
   }
 };
 
+/// Qt's own dialog puts its list of completions over the line; while that has the focus, rows that the dialog selects
+/// by itself overwrite what is being typed.
+void completeNothing(const QFileDialog& dialog) {
+  if (auto* const line = dialog.findChild<QLineEdit*>()) line->setCompleter(nullptr);
+}
+
 /// Puts the dialog above the window that the user is working in, which is no widget.
 void placeAboveActiveWindow(QFileDialog& dialog) {
   QWindow* const active = QGuiApplication::focusWindow();
@@ -63,6 +69,7 @@ std::optional<FileUrl> FolderChooser::choose(const std::string& message) const {
   dialog.setOption(QFileDialog::ShowDirsOnly);
   // Qt's own dialog would otherwise rename folders and delete them for good.
   dialog.setOption(QFileDialog::ReadOnly);
+  completeNothing(dialog);
   placeAboveActiveWindow(dialog);
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   const QStringList chosen = dialog.selectedFiles();

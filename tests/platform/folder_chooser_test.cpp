@@ -101,6 +101,10 @@ TEST_F(FolderChooserTest, ASelectedRowIsTheChoiceOfAUserWhoDidNotType) {
   EXPECT_EQ(chosen, FileUrl(path("one")));
 }
 
+TEST_F(FolderChooserTest, NothingComesBetweenTheUserAndTheLineThatIsTypedIn) {
+  choose([](QFileDialog& dialog) { EXPECT_EQ(dialog.findChild<QLineEdit*>()->completer(), nullptr); });
+}
+
 TEST_F(FolderChooserTest, CancellingGivesNone) {
   EXPECT_EQ(choose([](QFileDialog& dialog) { dialog.reject(); }), std::nullopt);
 }
