@@ -10,11 +10,12 @@
 namespace dunmere {
 
 DiskSweeperPane::DiskSweeperPane(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread,
-                                 BoolBinding pendingGoToDrives)
+                                 BoolBinding pendingGoToDrives, ScanOptions scanOptions)
     : fileSystem_(fileSystem),
       desktop_(desktop),
       mailbox_(std::make_shared<SnapshotMailbox>(mainThread)),
-      pendingGoToDrives_(std::move(pendingGoToDrives)) {}
+      pendingGoToDrives_(std::move(pendingGoToDrives)),
+      scanOptions_(scanOptions) {}
 
 DiskSweeperPane::~DiskSweeperPane() {
   mailbox_->close();

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "engine/column_memory.h"
+#include "engine/disk_sweeper_scan.h"
 #include "engine/file_system.h"
 #include "engine/file_url.h"
 #include "engine/sweep_inventory.h"
@@ -47,7 +48,8 @@ class DiskSweeperPane {
  public:
   using Listener = std::function<void()>;
 
-  DiskSweeperPane(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, BoolBinding pendingGoToDrives);
+  DiskSweeperPane(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, BoolBinding pendingGoToDrives,
+                  ScanOptions scanOptions = {});
   ~DiskSweeperPane();
   DiskSweeperPane(const DiskSweeperPane&) = delete;
   DiskSweeperPane& operator=(const DiskSweeperPane&) = delete;
@@ -137,6 +139,7 @@ class DiskSweeperPane {
   std::shared_ptr<SnapshotMailbox> mailbox_;
 
   BoolBinding pendingGoToDrives_;
+  const ScanOptions scanOptions_;
   std::vector<SweeperVolume> volumes_;
   std::optional<std::string> selectedVolumeID_;
   Phase phase_ = Phase::chooseTarget;

@@ -83,7 +83,7 @@ void DiskSweeperPane::startScan(const FileUrl& root) {
     });
   };
   try {
-    std::thread(failOnFailure, DiskSweeperScan::runProgressiveScan(fileSystem_, root, onUpdate)).detach();
+    std::thread(failOnFailure, DiskSweeperScan::runProgressiveScan(fileSystem_, root, onUpdate, scanOptions_)).detach();
   } catch (const std::system_error& error) {
     failScan({.attempt = SweepAttempt::startScan, .path = root, .code = error.code(), .volumeName = {}});
   }
