@@ -48,6 +48,7 @@ class DiskSweeperPane {
  public:
   using Listener = std::function<void()>;
 
+  /// `scanOptions` are for every scan that it starts.
   DiskSweeperPane(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, BoolBinding pendingGoToDrives,
                   ScanOptions scanOptions = {});
   ~DiskSweeperPane();
