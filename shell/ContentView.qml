@@ -23,8 +23,12 @@ Rectangle {
         objectName: "split"
         anchors.fill: parent
 
-        handle: Divider {
-            objectName: "splitHandle"
+        handle: SidebarEdge {
+            pane: detail
+            position: sidebar.T.SplitView.preferredWidth
+            minimum: sidebar.T.SplitView.minimumWidth
+            maximum: sidebar.T.SplitView.maximumWidth
+            onMoveRequested: to => sidebar.T.SplitView.preferredWidth = to
             // One point is hard to hit: the pointer may be a few beside it.
             containmentMask: Item {
                 x: -3
@@ -34,6 +38,7 @@ Rectangle {
         }
 
         Sidebar {
+            id: sidebar
             T.SplitView.minimumWidth: 200
             T.SplitView.preferredWidth: 220
             T.SplitView.maximumWidth: 260

@@ -11,6 +11,7 @@
 #include "platform/desktop/qt_main_thread.h"
 #include "platform/platform_file_system.h"
 #include "shell/content_model.h"
+#include "shell/theme/accessible_controls.h"
 #include "sweeper/view/accessible_list.h"
 
 namespace {
@@ -46,6 +47,7 @@ int main(int argc, char* argv[]) {
   QCoreApplication::setAttribute(Qt::AA_DisableShaderDiskCache);
   const QApplication application(argc, argv);
   describeApplication();
+  dunmere::installAccessibleControls();
   dunmere::AccessibleList::install();
   const std::unique_ptr<dunmere::FileSystem> fileSystem = dunmere::makePlatformFileSystem();
   const std::unique_ptr<dunmere::UrlOpener> urlOpener = dunmere::makePlatformUrlOpener();

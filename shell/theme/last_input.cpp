@@ -11,7 +11,8 @@ LastInput::LastInput(QObject* parent) : QObject(parent) {
 
 bool LastInput::eventFilter(QObject* watched, QEvent* event) {
   const QEvent::Type type = event->type();
-  if (type == QEvent::KeyPress) setKeyboard(true);
+  // A key that is a shortcut is never seen pressed.
+  if (type == QEvent::KeyPress || type == QEvent::ShortcutOverride) setKeyboard(true);
   if (type == QEvent::MouseButtonPress || type == QEvent::TouchBegin) setKeyboard(false);
   return QObject::eventFilter(watched, event);
 }

@@ -77,6 +77,57 @@ class AccessibilityTest(EndToEndTest):
         indices = [row.get_index_in_parent() for row in rows]
         self.assertEqual(indices, list(range(indices[0], indices[0] + len(rows))))
 
+    # What it can do by itself
+
+    def test_a_button_that_does_nothing_is_told_to_be_disabled(self):
+        window = self.start()
+        news = self.session.listen("object:state-changed:enabled")
+        sweep = window.button("Sweep Selected Drive…")
+        self.check_enabled(sweep, False)
+        self.check_enabled(window.button("Open Folder…"), True)
+        self.session.press_by_action(sweep)
+        self.session.click(self.session.see(ROW, starting_with("Filesystem root, ")))
+        self.check_enabled(sweep, True)
+        wait_for("a word about it", lambda: ("Sweep Selected Drive…", 1) in news())
+        window.sweep_folder("/")
+        self.check_enabled(window.button("Move to Trash"), False)
+        self.check_enabled(window.button("Reveal"), True)
+        window.press("Drives…")
+        window.sweep_folder(self.disk)
+        trash = window.button("Move to Trash")
+        self.check_enabled(trash, True)
+        self.session.press_by_action(trash)
+        self.session.see("dialog", "Move “disk” to Trash?")
+        self.session.press_by_action(window.button("Cancel"))
+        self.session.gone("dialog", starting_with("Move “"))
+        self.close_and_check()
+
+    def check_enabled(self, button, expected):
+        def as_expected():
+            button.clear_cache()
+            return {self.session.has_state(button, state) for state in ("ENABLED", "SENSITIVE")} == {expected}
+        wait_for(f"{button.get_name()} to be told {'enabled' if expected else 'disabled'}", as_expected)
+
+    def test_the_sidebar_is_made_wider_without_a_pointer(self):
+        self.start()
+        self.session.keys("Tab")
+        self.session.wait_for_focus("Free Space")
+        before = self.session.place(self.window.button("Drives…")).width
+        self.session.keys("F8")
+        edge = self.session.wait_for_focus("Width of the sidebar")
+        self.assertEqual(edge.get_role_name(), "split pane")
+        value = edge.get_value_iface()
+        self.assertEqual((value.get_minimum_value(), value.get_current_value(), value.get_maximum_value()), (200, 220, 260))
+        self.session.keys("Right", "Right")
+        wait_for("the keys to move it", lambda: value.get_current_value() == 240)
+        self.session.picture("focus-on-the-edge")
+        value.set_current_value(1000)
+        wait_for("it to move to its bound", lambda: value.get_current_value() == 260)
+        wait_for("the sidebar to follow", lambda: self.session.place(self.window.button("Drives…")).width == before + 40)
+        self.session.keys("F8")
+        self.session.wait_for_focus("Free Space")
+        self.close_and_check()
+
     # A whole sweep by keys
 
     def test_a_file_goes_to_the_trash_by_keys_alone(self):

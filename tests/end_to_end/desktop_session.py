@@ -239,6 +239,20 @@ class DesktopSession:
         matches = name if callable(name) else lambda text: text == name
         wait_for(f"{role} to go away", lambda: not self.all_seen(role, matches, inside))
 
+    def listen(self, event):
+        """Returns a function that gives what has been told by such events since: names and details, oldest first."""
+        from gi.repository import GLib
+        told = []
+        self.listener = self.atspi.EventListener.new(lambda news: told.append((news.source.get_name(), news.detail1)))
+        self.listener.register(event)
+
+        def news():
+            while GLib.MainContext.default().iteration(False):
+                pass
+            return told
+
+        return news
+
     def place(self, thing):
         """Its rectangle on the screen: x, y, width, height in pixels."""
         return self.atspi.Component.get_extents(thing, self.atspi.CoordType.SCREEN)
@@ -268,6 +282,12 @@ class DesktopSession:
         """Moves the pointer to the middle of the thing, once it has stopped moving, and clicks there."""
         box = self._resting_place(thing)
         self._xdotool("mousemove", "--sync", str(box.x + box.width // 2), str(box.y + box.height // 2), "click", "1")
+
+    def press_by_action(self, thing):
+        """What a screen reader does instead of a click."""
+        action = thing.get_action_iface()
+        names = [action.get_action_name(index) for index in range(action.get_n_actions())]
+        action.do_action(names.index("Press"))
 
     def scroll_down(self, thing, notches):
         """Turns the wheel towards the user, with the pointer over the middle of the thing."""

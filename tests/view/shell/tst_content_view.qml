@@ -176,36 +176,6 @@ Item {
             verify(item("volumePicker").visible);
         }
 
-        function test_theSidebarIsDraggedWithinItsBounds_data() {
-            return [
-                { tag: "a little wider", by: 25, width: 245 },
-                { tag: "too wide", by: 300, width: 260 },
-                { tag: "a little narrower", by: -12, width: 208 },
-                { tag: "too narrow", by: -150, width: 200 }
-            ];
-        }
-
-        function test_theSidebarIsDraggedWithinItsBounds(data) {
-            compare(place("splitHandle").x, 220);
-            mousePress(view, 220, 300);
-            // In small steps, as a hand does.
-            for (let step = 1; step <= 10; ++step)
-                mouseMove(view, 220 + data.by * step / 10, 300);
-            mouseRelease(view, 220 + data.by, 300);
-            compare(item("sidebar").width, data.width);
-            compare(place("detail").x, data.width + 1);
-            compare(place("detail").width, 960 - data.width - 1);
-            compare(place("drivesButton").width, data.width - 24);
-        }
-
-        function test_theHandleIsHitBesideItsLine() {
-            mousePress(view, 218, 300);
-            for (let x = 218; x <= 238; x += 2)
-                mouseMove(view, x, 300);
-            mouseRelease(view, 238, 300);
-            compare(item("sidebar").width, 240);
-        }
-
         function test_tabGoesThroughTheSidebarFirst() {
             view.forceActiveFocus();
             for (const name of ["freeSpaceRow", "settingsRow", "drivesButton"]) {
