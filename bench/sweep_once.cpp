@@ -17,6 +17,7 @@
 
 #include "bench/json_text.h"
 #include "bench/peak_memory.h"
+#include "engine/column_listing.h"
 #include "engine/disk_sweeper_scan.h"
 #include "platform/platform_file_system.h"
 #include "sweeper/error_text.h"
@@ -157,13 +158,14 @@ void writeDump(const std::string& file, const SweepInventory& inventory) {
   if (std::fclose(out) != 0 || failed) fail("cannot write " + file + ": " + std::generic_category().message(errno));
 }
 
-void appendColumn(JsonText& json, const std::expected<std::vector<dunmere::SweeperItem>, dunmere::SweepError>& column) {
-  if (!column) {
-    json.openObject().key("error").text(dunmere::errorText(column.error())).closeObject();
+void appendColumn(JsonText& json, const std::expected<void, dunmere::SweepError>& listed,
+                  const std::vector<dunmere::SweeperItem>& rows) {
+  if (!listed) {
+    json.openObject().key("error").text(dunmere::errorText(listed.error())).closeObject();
     return;
   }
   json.openArray();
-  for (const dunmere::SweeperItem& item : *column) {
+  for (const dunmere::SweeperItem& item : rows) {
     json.openObject();
     json.key("name").text(item.name);
     json.key("isDirectory").boolean(item.isDirectory);
@@ -178,13 +180,19 @@ void appendColumn(JsonText& json, const std::expected<std::vector<dunmere::Sweep
 void appendColumns(JsonText& json, dunmere::FileSystem& fileSystem, const Options& options,
                    const SweepInventory& inventory) {
   std::vector<double> times;
-  std::map<std::string, dunmere::ColumnMemory> memories;  // as a window keeps them for its open columns
+  // As a window keeps them for its open columns.
+  struct Column {
+    dunmere::ColumnListing listing;
+    std::vector<dunmere::SweeperItem> rows;
+  };
+  std::map<std::string, Column> columns;
   json.key("columns").openArray();
   for (const std::string& folder : options.columns) {
     const auto start = std::chrono::steady_clock::now();
-    const auto column = DiskSweeperScan::columnChildren(fileSystem, FileUrl(folder), inventory, &memories[folder]);
+    Column& column = columns[folder];
+    const auto listed = column.listing.list(fileSystem, FileUrl(folder), inventory, column.rows);
     times.push_back(secondsSince(start));
-    appendColumn(json, column);
+    appendColumn(json, listed, column.rows);
   }
   json.closeArray();
   json.key("columnSeconds").openArray();

@@ -7,7 +7,6 @@
 #include <optional>
 #include <vector>
 
-#include "engine/column_memory.h"
 #include "engine/file_system.h"
 #include "engine/file_url.h"
 #include "engine/sweep_error.h"
@@ -45,13 +44,11 @@ struct DiskSweeperScan {
                                                     ScanOptions options = {});
 
   /// The direct children of `parent`, sized from `inventory`, largest first, equal sizes by name. Any thread; reads the
-  /// disk for this one folder only. Fails with the listing's error, and when the column does not fit into memory. A
-  /// `memory` kept from one listing of the same folder to the next makes the next one faster; it never changes what a
-  /// listing returns.
+  /// disk for this one folder only. Fails with the listing's error, and when the column does not fit into memory. Who
+  /// lists the same folder again keeps a ColumnListing, which then has less to do.
   static std::expected<std::vector<SweeperItem>, SweepError> columnChildren(FileSystem& fileSystem,
                                                                             const FileUrl& parent,
-                                                                            const SweepInventory& inventory,
-                                                                            ColumnMemory* memory = nullptr);
+                                                                            const SweepInventory& inventory);
 };
 
 }  // namespace dunmere

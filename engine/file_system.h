@@ -89,6 +89,15 @@ struct LinkTarget {
   std::optional<EntryAttributes> attributes;  ///< none when the target cannot be read
 };
 
+/// Tells one state of a folder's entries from another.
+struct FolderStamp {
+  std::uint64_t device = 0;
+  std::uint64_t folder = 0;             ///< its number on the device
+  std::chrono::nanoseconds changed{0};  ///< when it was last changed, by the system's clock
+
+  friend bool operator==(const FolderStamp&, const FolderStamp&) = default;
+};
+
 /// One folder held open for reading. Everything goes by the open folder and one name, never by a path, so that a
 /// tree may be deeper than the system's longest path and a folder swapped for a link is not followed.
 /// readEntries() is called by one thread at a time; the other functions by any thread at any time, also meanwhile.
@@ -101,6 +110,11 @@ class OpenFolder {
   /// whose kind cannot be told is left out (it may just have vanished); with EntryDetail::kinds such an entry has the
   /// kind `other`. An error ends the folder; entries handed out before it stay valid.
   virtual std::expected<void, SweepError> readEntries(EntryBatch& batch) = 0;
+
+  /// Two equal stamps prove that from the first to the second the folder kept the same entries, of the same kinds and
+  /// in the same order. None when the system cannot promise that, or not yet: a folder that changed just now may change
+  /// once more within the same tick of the clock.
+  virtual std::optional<FolderStamp> stamp() { return std::nullopt; }
 
   /// Asks for the sizes that readEntries() left open in one of its batches. A file whose sizes cannot be read (it may
   /// just have vanished) gets the kind `other`. Fails when the folder itself is out of reach. Only with

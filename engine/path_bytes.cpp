@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "engine/folder_children.h"
 #include "engine/path_tree.h"
 
 namespace dunmere {
@@ -59,16 +58,6 @@ class KeyPath {
 
 }  // namespace
 
-PathBytes::Folder::Folder() = default;
-PathBytes::Folder::Folder(std::unique_ptr<FolderChildren> children) : children_(std::move(children)) {}
-PathBytes::Folder::Folder(Folder&&) noexcept = default;
-PathBytes::Folder& PathBytes::Folder::operator=(Folder&&) noexcept = default;
-PathBytes::Folder::~Folder() = default;
-
-std::optional<std::int64_t> PathBytes::Folder::bytesOf(std::string_view name) {
-  return children_ ? children_->bytesOf(name) : std::nullopt;
-}
-
 std::optional<std::int64_t> PathBytes::find(std::string_view key) const {
   if (empty()) return std::nullopt;
   const PathTreeSnapshot& tree = *snapshot_;
@@ -83,17 +72,6 @@ std::optional<std::int64_t> PathBytes::find(std::string_view key) const {
   const std::string_view name = isChildOfRoot ? *path : path->substr(slash + 1);
   if (const auto folder = tree.childNamed(*parent, name)) return tree.bytes(*folder);
   return fileNamed(tree, *parent, name);
-}
-
-PathBytes::Folder PathBytes::folder(std::string_view key) const {
-  if (empty()) return {};
-  const PathTreeSnapshot& tree = *snapshot_;
-  std::optional<Place> place = tree.root();
-  if (key != tree.name(*place)) {
-    const auto path = tree.pathBelowRoot(key);
-    place = path ? descend(tree, place, *path) : std::nullopt;
-  }
-  return place ? Folder(std::make_unique<FolderChildren>(snapshot_, *place)) : Folder();
 }
 
 std::int64_t PathBytes::size() const {

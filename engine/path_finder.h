@@ -18,7 +18,7 @@ namespace dunmere {
 /// Meant for the links of one column, which mostly lead into a few folders. Keeps the snapshot alive. One thread.
 class PathFinder {
  public:
-  explicit PathFinder(const PathBytes& pathBytes) : tree_(pathBytes.snapshot_) {}
+  explicit PathFinder(const PathBytes& pathBytes) : tree_(pathBytes.snapshot()) {}
 
   std::optional<std::int64_t> find(std::string_view key);
 

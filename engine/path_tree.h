@@ -85,6 +85,13 @@ class PathTreeSnapshot {
 
   std::int64_t entryCount() const { return marks_.fileCount + marks_.folderCount; }
 
+  /// Whether it was taken from the same tree, then or later. Every file and folder of `earlier` then has its place
+  /// here too.
+  bool isNotBefore(const PathTreeSnapshot& earlier) const {
+    return tree_ == earlier.tree_ && marks_.textEnd >= earlier.marks_.textEnd &&
+           marks_.folderCount >= earlier.marks_.folderCount;
+  }
+
   /// The folder of this index, which is below the mark.
   Place placeOf(FolderIndex folder) const;
   /// The scan root; none when nothing was counted.

@@ -82,6 +82,7 @@ void DiskSweeperPane::clearSweep() {
   phase_ = Phase::chooseTarget;
   pathDirectories_.clear();
   columnChildren_.clear();
+  columnListings_.clear();
   selectedLeafURL_.reset();
   loadError_.reset();
   volumes_ = DiskSweeperScan::listVolumes(fileSystem_);

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/column_memory.h"
+#include "engine/column_listing.h"
 #include "engine/disk_sweeper_scan.h"
 #include "engine/file_system.h"
 #include "engine/file_url.h"
@@ -69,6 +69,7 @@ class DiskSweeperPane {
   const std::vector<FileUrl>& pathDirectories() const { return pathDirectories_; }
   const std::optional<FileUrl>& selectedLeafURL() const { return selectedLeafURL_; }
   const std::vector<std::vector<SweeperItem>>& columnChildren() const { return columnChildren_; }
+  RowNumbers rowNumbers(std::size_t column) const;  ///< of a column's rows; valid until the next change
   const std::vector<ColumnLoadId>& columnLoadIDs() const { return columnLoadIDs_; }
   const std::optional<std::string>& loadError() const { return loadError_; }
   const std::string& scanStatus() const { return scanStatus_; }
@@ -149,7 +150,7 @@ class DiskSweeperPane {
   std::vector<FileUrl> pathDirectories_;
   std::optional<FileUrl> selectedLeafURL_;
   std::vector<std::vector<SweeperItem>> columnChildren_;
-  std::vector<ColumnMemory> columnMemories_;  // one a column, for its next listing
+  std::vector<ColumnListing> columnListings_;  // what made the rows above and will make the next
   std::vector<ColumnLoadId> columnLoadIDs_;
   std::optional<std::string> loadError_;
   std::string scanStatus_;

@@ -130,12 +130,11 @@ void DiskSweeperPane::listColumn(std::ptrdiff_t depth, ColumnLoadId id, const Sw
   const auto column = static_cast<std::size_t>(depth);
   if (column >= columnLoadIDs_.size() || columnLoadIDs_[column] != id) return;
   if (column >= pathDirectories_.size()) return;
-  columnMemories_.resize(columnLoadIDs_.size());
-  auto rows =
-      DiskSweeperScan::columnChildren(fileSystem_, pathDirectories_[column], inventory, &columnMemories_[column]);
-  if (!rows) loadError_ = errorText(rows.error());
-  if (column >= columnChildren_.size()) return;
-  columnChildren_[column] = rows ? *std::move(rows) : std::vector<SweeperItem>();
+  columnListings_.resize(columnLoadIDs_.size());
+  std::vector<SweeperItem> dropped;
+  std::vector<SweeperItem>& rows = column < columnChildren_.size() ? columnChildren_[column] : dropped;
+  const auto listed = columnListings_[column].list(fileSystem_, pathDirectories_[column], inventory, rows);
+  if (!listed) loadError_ = errorText(listed.error());
 }
 
 }  // namespace dunmere

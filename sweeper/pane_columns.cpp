@@ -62,6 +62,13 @@ bool DiskSweeperPane::isRowSelected(const SweeperItem& item, std::size_t column)
   return false;
 }
 
+RowNumbers DiskSweeperPane::rowNumbers(std::size_t column) const {
+  if (column >= columnListings_.size() || column >= columnChildren_.size()) return {};
+  const RowNumbers numbers = columnListings_[column].numbers();
+  // A column that was opened again still awaits its listing.
+  return numbers.inOrder.size() == columnChildren_[column].size() ? numbers : RowNumbers();
+}
+
 const SweeperItem* DiskSweeperPane::currentSelectedItem() const {
   const std::size_t depth = pathDirectories_.size();
   if (columnChildren_.empty() || depth == 0) return nullptr;

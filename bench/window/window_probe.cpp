@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -63,6 +64,13 @@ Options parseOptions(const std::vector<std::string>& arguments) {
   return options;
 }
 
+/// Processor time of the calling thread.
+double threadSeconds() {
+  timespec time{};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
 /// Runs steps one after another and tells the frames of each.
 class Phases {
  public:
@@ -70,14 +78,17 @@ class Phases {
 
   template <typename Step>
   void measure(std::string_view name, Step step) {
+    const double usedBefore = threadSeconds();
     const Clock::time_point start = Clock::now();
     step();
     const Clock::time_point end = Clock::now();
+    const double used = threadSeconds() - usedBefore;
     const std::size_t seen = window_.frames().frames();
     while (window_.frames().frames() == seen) window_.run(5ms);
     const FrameIntervals intervals = window_.frames().between(start, end);
     json_.key(name).openObject();
     json_.key("seconds").seconds(std::chrono::duration<double>(end - start).count());
+    json_.key("mainThreadSeconds").seconds(used);
     json_.key("frames").integer(static_cast<std::int64_t>(intervals.count));
     json_.key("median").seconds(intervals.median);
     json_.key("percentile99").seconds(intervals.percentile99);

@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 
+#include <chrono>
 #include <cstdint>
 
 #include "platform/posix/byte_count.h"
@@ -48,6 +50,16 @@ std::optional<EntryAttributes> regularFileStatus(int folder, const char* name) {
   struct statx status {};
   if (!readStatus(folder, name, kSizes, status)) return std::nullopt;
   return fileAttributes(status);
+}
+
+std::optional<FolderStamp> folderStamp(int folder) {
+  struct statx status {};
+  constexpr unsigned kMask = STATX_INO | STATX_CTIME;
+  if (!readStatus(folder, "", kMask, status) || (status.stx_mask & kMask) != kMask) return std::nullopt;
+  return FolderStamp{
+      .device = ::gnu_dev_makedev(status.stx_dev_major, status.stx_dev_minor),
+      .folder = status.stx_ino,
+      .changed = std::chrono::seconds(status.stx_ctime.tv_sec) + std::chrono::nanoseconds(status.stx_ctime.tv_nsec)};
 }
 
 }  // namespace dunmere

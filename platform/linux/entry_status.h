@@ -14,4 +14,7 @@ std::optional<EntryAttributes> entryStatus(int folder, const char* name);
 /// The same, for an entry known to be a regular file: asks for its sizes alone.
 std::optional<EntryAttributes> regularFileStatus(int folder, const char* name);
 
+/// Identity and time of change of the open folder, whatever the system promises of it.
+std::optional<FolderStamp> folderStamp(int folder);
+
 }  // namespace dunmere

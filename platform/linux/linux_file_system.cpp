@@ -54,7 +54,7 @@ LinuxFileSystem::LinuxFileSystem()
 std::expected<std::shared_ptr<OpenFolder>, SweepError> LinuxFileSystem::openFolder(const FileUrl& url,
                                                                                    EntryDetail detail) {
   // A scan has a thread of its own, which may wait; a listing is made on the interface's.
-  if (detail == EntryDetail::kinds) return PatientFolder::open(descriptors_, patience_, url);
+  if (detail == EntryDetail::kinds) return PatientFolder::open(descriptors_, patience_, localMounts_, url);
   return LinuxOpenFolder::open(descriptors_, url, detail);
 }
 

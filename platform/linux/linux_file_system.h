@@ -3,6 +3,7 @@
 
 #include "engine/file_system.h"
 #include "platform/icu/icu_name_order.h"
+#include "platform/linux/local_mounts.h"
 #include "platform/posix/folder_descriptors.h"
 #include "platform/posix/patience.h"
 #include "platform/posix/volume_meter.h"
@@ -36,6 +37,7 @@ class LinuxFileSystem final : public FileSystem {
  private:
   FolderDescriptors descriptors_;
   Patience patience_;
+  LocalMounts localMounts_;
   VolumeMeter meter_;
   const IcuNameOrder nameOrder_;
 };

@@ -1,6 +1,7 @@
 #include "platform/linux/linux_open_folder.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/vfs.h>
 #include <unistd.h>
@@ -8,8 +9,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <cstring>
+#include <ctime>
 #include <utility>
 #include <vector>
 
@@ -40,6 +43,12 @@ bool needsMeasuring(const EntryBatch::Entry& entry) {
   return entry.attributes.kind == EntryKind::regularFile && !entry.attributes.hasSize();
 }
 
+std::chrono::nanoseconds systemClock() {
+  timespec time{};
+  ::clock_gettime(CLOCK_REALTIME_COARSE, &time);  // by which file systems note times; cannot fail
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
 bool isDots(std::string_view name) {
   return name == "." || name == "..";
 }
@@ -52,6 +61,15 @@ std::expected<std::shared_ptr<LinuxOpenFolder>, SweepError> LinuxOpenFolder::ope
   auto folder = std::make_shared<LinuxOpenFolder>(descriptors, nullptr, url.bytes(), detail);
   if (auto opened = folder->openByPath(); !opened) return std::unexpected(std::move(opened.error()));
   return folder;
+}
+
+std::shared_ptr<LinuxOpenFolder> LinuxOpenFolder::openAtOnce(FolderDescriptors& descriptors, const FileUrl& url,
+                                                             EntryDetail detail, const LocalMounts& mounts) {
+  if (url.bytes().contains('\0')) return nullptr;
+  const auto place = findKnownTarget(AT_FDCWD, url.bytes());
+  if (!place || !mounts.holds(place->get())) return nullptr;
+  auto folder = std::make_shared<LinuxOpenFolder>(descriptors, nullptr, url.bytes(), detail);
+  return folder->openAt(place->get()) ? folder : nullptr;
 }
 
 LinuxOpenFolder::LinuxOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent,
@@ -109,6 +127,17 @@ void LinuxOpenFolder::addEntries(int folder, std::string_view records, EntryBatc
   }
 }
 
+std::optional<FolderStamp> LinuxOpenFolder::stamp() {
+  // Each of these file systems notes when a folder was changed, in steps of up to one second (old ext4).
+  constexpr std::chrono::seconds kLongestStep{1};
+  const auto pin = descriptor();
+  if (!pin || !isLocal()) return std::nullopt;
+  // Asked first: whatever changes the folder after it was looked at is noted with this time at least.
+  const std::chrono::nanoseconds now = systemClock();
+  const auto stamp = folderStamp(pin->descriptor());
+  return stamp && stamp->changed + kLongestStep < now ? stamp : std::nullopt;
+}
+
 std::expected<void, SweepError> LinuxOpenFolder::measure(EntryBatch& batch) {
   const std::vector<EntryBatch::Entry>& entries = batch.entries();
   if (std::ranges::none_of(entries, needsMeasuring)) return {};
@@ -158,6 +187,10 @@ LinkTarget LinuxOpenFolder::linkTarget(std::string_view name,
   FileUrl ownUrl = url().appending(name).standardized();
   if (!target) return {.url = std::move(ownUrl), .attributes = std::nullopt};
   return describeTarget(*target, std::move(ownUrl));
+}
+
+void LinuxOpenFolder::addMountTo(LocalMounts& mounts) {
+  if (const auto pin = descriptor()) mounts.add(pin->descriptor());
 }
 
 bool LinuxOpenFolder::isLocal() {

@@ -24,12 +24,16 @@ struct Opened {
 }  // namespace
 
 std::expected<std::shared_ptr<OpenFolder>, SweepError> PatientFolder::open(FolderDescriptors& descriptors,
-                                                                           Patience& patience, const FileUrl& url) {
+                                                                           Patience& patience, LocalMounts& localMounts,
+                                                                           const FileUrl& url) {
+  if (auto folder = LinuxOpenFolder::openAtOnce(descriptors, url, EntryDetail::kinds, localMounts))
+    return std::make_shared<PatientFolder>(patience, url, std::move(folder), true);
   using Answer = std::expected<Opened, SweepError>;
-  const auto question = [&descriptors, url]() -> Answer {
+  const auto question = [&descriptors, &localMounts, url]() -> Answer {
     auto folder = LinuxOpenFolder::open(descriptors, url, EntryDetail::kinds);
     if (!folder) return std::unexpected(std::move(folder.error()));
     const bool isLocal = (*folder)->isLocal();
+    if (isLocal) (*folder)->addMountTo(localMounts);
     return Opened{*std::move(folder), isLocal};
   };
   auto answer = patience.ask<Answer>(url.bytes(), question);
@@ -67,6 +71,10 @@ std::expected<void, SweepError> PatientFolder::readEntries(EntryBatch& batch) {
   return {};
 }
 
+std::optional<FolderStamp> PatientFolder::stamp() {
+  return isLocal_ ? folder_->stamp() : std::nullopt;
+}
+
 std::expected<std::shared_ptr<OpenFolder>, SweepError> PatientFolder::openChild(std::string_view name) {
   using Answer = std::expected<std::shared_ptr<OpenFolder>, SweepError>;
   auto answer = ask<Answer>([folder = folder_, child = std::string(name)] { return folder->openChild(child); });
@@ -74,6 +82,7 @@ std::expected<std::shared_ptr<OpenFolder>, SweepError> PatientFolder::openChild(
 }
 
 std::optional<EntryAttributes> PatientFolder::attributes(std::string_view name) {
+  if (isLocal_) return folder_->attributes(name);
   using Answer = std::optional<EntryAttributes>;
   const auto answer = ask<Answer>([folder = folder_, entry = std::string(name)] { return folder->attributes(entry); });
   return answer.value_or(std::nullopt);

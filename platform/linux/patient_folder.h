@@ -10,6 +10,7 @@
 
 #include "engine/file_system.h"
 #include "platform/linux/linux_open_folder.h"
+#include "platform/linux/local_mounts.h"
 #include "platform/posix/patience.h"
 
 namespace dunmere {
@@ -20,11 +21,13 @@ namespace dunmere {
 /// the one before is still stuck. Must not outlive `patience`.
 class PatientFolder final : public OpenFolder {
  public:
-  /// Opens `url` for a listing. `descriptors` must outlive the folder and every question that is stuck.
+  /// Opens `url` for a listing, without asking anybody to wait when it lies on one of `localMounts`, to which the mount
+  /// is added if it is local. `descriptors` and `localMounts` must outlive the folder and every question that is stuck.
   static std::expected<std::shared_ptr<OpenFolder>, SweepError> open(FolderDescriptors& descriptors, Patience& patience,
-                                                                     const FileUrl& url);
+                                                                     LocalMounts& localMounts, const FileUrl& url);
 
   std::expected<void, SweepError> readEntries(EntryBatch& batch) override;
+  std::optional<FolderStamp> stamp() override;
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openChild(std::string_view name) override;
   std::optional<EntryAttributes> attributes(std::string_view name) override;
   LinkTarget resolveLink(std::string_view name) override;

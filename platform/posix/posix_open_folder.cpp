@@ -48,6 +48,13 @@ std::expected<void, SweepError> PosixOpenFolder::openByPath() {
   return {};
 }
 
+bool PosixOpenFolder::openAt(int place) {
+  UniqueDescriptor opened(::openat(place, ".", kFolderFlags));
+  if (!opened) return false;
+  descriptors_.keep(slot_, std::move(opened));
+  return true;
+}
+
 std::expected<void, SweepError> PosixOpenFolder::openBelowParent() {
   const auto pin = descriptor();
   if (!pin) return std::unexpected(failure(url(), pin.error()));

@@ -26,6 +26,9 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
   /// Opens a folder without parent by its path, following links. Its descriptor stays open as long as it lives, since a
   /// path may lead elsewhere later. To be called once, before anything else.
   std::expected<void, SweepError> openByPath();
+  /// The same for a folder that was found by its path: `place` is a descriptor of it, of any kind. False when it cannot
+  /// be opened so.
+  bool openAt(int place);
   /// Opens a folder that has a parent; not if it is a link. To be called once, before anything else.
   std::expected<void, SweepError> openBelowParent();
 

@@ -28,7 +28,7 @@ void ColumnListModel::update(const DiskSweeperPane& pane) {
   while (kept < std::min(open, columns_.size()) && columns_[kept].folder == folders[kept]) ++kept;
   closeColumnsFrom(kept);
   for (std::size_t depth = 0; depth < kept; ++depth) {
-    columns_[depth].rows->update(pane.columnChildren()[depth], selectedRow(pane, depth));
+    columns_[depth].rows->update(pane.columnChildren()[depth], selectedRow(pane, depth), pane.rowNumbers(depth));
   }
   openColumnsUpTo(open, pane);
   if (count() != countBefore) emit countChanged();
@@ -70,7 +70,7 @@ void ColumnListModel::openColumnsUpTo(std::size_t open, const DiskSweeperPane& p
   std::vector<Column> opened;
   for (std::size_t depth = columns_.size(); depth < open; ++depth) {
     opened.push_back({pane.pathDirectories()[depth], new RowListModel(this)});
-    opened.back().rows->update(pane.columnChildren()[depth], selectedRow(pane, depth));
+    opened.back().rows->update(pane.columnChildren()[depth], selectedRow(pane, depth), pane.rowNumbers(depth));
   }
   beginInsertRows({}, count(), static_cast<int>(open) - 1);
   columns_.insert(columns_.end(), opened.begin(), opened.end());

@@ -194,6 +194,15 @@ ListMatch matchLists(const std::vector<std::string_view>& oldKeys, const std::ve
   return match;
 }
 
+ListMatch matchNumbers(std::span<const std::uint32_t> oldNumbers, std::span<const std::uint32_t> newNumbers) {
+  std::vector<std::size_t> rowOfNumber(oldNumbers.size());
+  for (std::size_t row = 0; row < oldNumbers.size(); ++row) rowOfNumber[oldNumbers[row]] = row;
+  ListMatch match{oldNumbers.size(), {}};
+  match.oldIndex.reserve(newNumbers.size());
+  for (const std::uint32_t number : newNumbers) match.oldIndex.push_back(rowOfNumber[number]);
+  return match;
+}
+
 std::optional<std::vector<ListChange>> listChanges(const ListMatch& match, std::size_t atMost) {
   std::vector<ListChange> changes = removals(match);
   const std::vector<bool> stays = stayingRows(match.oldIndex);

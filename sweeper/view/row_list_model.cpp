@@ -21,9 +21,9 @@ int toInt(std::size_t row) {
 
 RowListModel::RowListModel(QObject* parent) : QAbstractListModel(parent) {}
 
-void RowListModel::update(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow) {
-  next_ = ShownRows(items, selectedRow);
-  const ListMatch match = matchLists(shown_.names(), next_.names());
+void RowListModel::update(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow,
+                          RowNumbers numbers) {
+  const ListMatch match = matchNext(items, selectedRow, numbers);
   const std::optional<std::vector<ListChange>> steps = listChanges(match, kMostRowSteps);
   const bool rowsStay = steps && steps->empty();
   if (!rowsStay) {
@@ -44,6 +44,22 @@ void RowListModel::update(const std::vector<SweeperItem>& items, std::optional<s
   }
   showNext();
   if (!rowsStay) emit updated();
+}
+
+/// Makes next_, and tells where its rows are now.
+ListMatch RowListModel::matchNext(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow,
+                                  RowNumbers numbers) {
+  ListMatch match;
+  if (numbers.edition != 0 && numbers.edition == edition_) {
+    match = matchNumbers(numbers_, numbers.inOrder);
+    next_ = ShownRows(shown_, match.oldIndex, items, selectedRow);
+  } else {
+    next_ = ShownRows(items, selectedRow);
+    match = matchLists(shown_.names(), next_.names());
+  }
+  edition_ = numbers.edition;
+  numbers_.assign(numbers.inOrder.begin(), numbers.inOrder.end());
+  return match;
 }
 
 void RowListModel::setPressedRow(int row) {
@@ -219,7 +235,7 @@ void RowListModel::reorder(const std::vector<std::size_t>& oldPositions) {
 void RowListModel::showNext() {
   std::vector<std::pair<int, int>> changed;  // first and last row of each run
   for (std::size_t row = 0; row < order_.size(); ++row) {
-    if (rowAt(row) == next_[row]) continue;
+    if (rowAt(row).showsTheSameAs(next_[row])) continue;
     if (!changed.empty() && changed.back().second == toInt(row) - 1) {
       changed.back().second = toInt(row);
     } else {

@@ -10,6 +10,7 @@
 #include <optional>
 #include <vector>
 
+#include "engine/row_order.h"
 #include "engine/sweeper_item.h"
 #include "sweeper/view/list_changes.h"
 #include "sweeper/view/shown_rows.h"
@@ -47,8 +48,9 @@ class RowListModel : public QAbstractListModel {
 
   explicit RowListModel(QObject* parent = nullptr);
 
-  /// Makes the rows those of `items`, which are children of one folder. `selectedRow` is an index into `items`.
-  void update(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow);
+  /// Makes the rows those of `items`, which are children of one folder. `selectedRow` is an index into `items`. Rows
+  /// that come with numbers of the same edition as those before are told by these, others by name.
+  void update(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow, RowNumbers numbers = {});
 
   int count() const { return static_cast<int>(order_.size()); }
   int pressedRow() const { return pressedRow_.row(); }
@@ -76,6 +78,8 @@ class RowListModel : public QAbstractListModel {
   static QString accessibleText(const ShownRow& row);
 
   const ShownRow& rowAt(std::size_t position) const;
+  ListMatch matchNext(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow,
+                      RowNumbers numbers);
   void applySteps(const std::vector<ListChange>& steps);
   void resort(const ListMatch& match);
   void removeRange(std::size_t first, std::size_t count);
@@ -87,6 +91,8 @@ class RowListModel : public QAbstractListModel {
   ShownRows shown_;
   ShownRows next_;            // what an update leads to; empty between updates
   std::vector<RowId> order_;  // between updates every row of shown_ in turn
+  std::uint64_t edition_ = 0;
+  std::vector<RowPosition> numbers_;  // of shown_ in turn, when there is an edition
   QPersistentModelIndex pressedRow_;
   QPersistentModelIndex focusedRow_;
 };

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -19,16 +20,21 @@ struct ShownRow {
   bool isSymbolicLink = false;
   bool selected = false;
 
-  friend bool operator==(const ShownRow&, const ShownRow&) = default;
+  /// `item` is a row of the same name.
+  void show(const SweeperItem& item, bool isSelected);
+  bool showsTheSameAs(const ShownRow& other) const;  ///< which has the same name
 };
 
-/// Owns the bytes of all names in one block: a column of 100,000 rows is copied out of a listing by two allocations,
-/// and compared with the next one without a jump through memory for every row.
+/// Owns the bytes of all names in one block, which is copied out of a listing once and shared by all that follow with
+/// the same names, and which is read without a jump through memory for every row.
 class ShownRows {
  public:
   ShownRows() = default;
   /// `selectedRow` is an index into `items`.
   ShownRows(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow);
+  /// Rows of the same names as those of `before`; `oldIndex` tells where each of them was.
+  ShownRows(const ShownRows& before, const std::vector<std::size_t>& oldIndex, const std::vector<SweeperItem>& items,
+            std::optional<std::size_t> selectedRow);
   ShownRows(ShownRows&&) = default;
   ShownRows& operator=(ShownRows&&) = default;
 
@@ -37,7 +43,7 @@ class ShownRows {
   std::vector<std::string_view> names() const;
 
  private:
-  std::vector<char> names_;  // of all rows, side by side; moving it leaves the bytes where they are
+  std::shared_ptr<const std::vector<char>> names_;  // of all rows, side by side
   std::vector<ShownRow> rows_;
 };
 

@@ -62,7 +62,6 @@ TEST(PathBytes, EmptyMapHasNoEntries) {
   EXPECT_TRUE(empty.empty());
   EXPECT_EQ(empty.find("/"), std::nullopt);
   EXPECT_EQ(empty.find(""), std::nullopt);
-  EXPECT_EQ(empty.folder("/").bytesOf("a"), std::nullopt);
   EXPECT_EQ(entriesOf(empty), PlainMap());
 }
 
@@ -103,8 +102,6 @@ TEST(PathBytes, KeysBelowTheRootFolderHaveOneSlash) {
   for (const auto& [key, bytes] : expected) EXPECT_EQ(tree.find(key), bytes) << key;
   EXPECT_EQ(tree.find(""), std::nullopt);
   EXPECT_EQ(tree.find("//kernel"), std::nullopt);
-  EXPECT_EQ(tree.folder("/").bytesOf("kernel"), 7);
-  EXPECT_EQ(tree.folder("/home").bytesOf("note"), 8);
 }
 
 TEST(PathBytes, FoldersWithoutCountedFilesLeaveNoTrace) {
@@ -256,18 +253,13 @@ TEST(PathBytes, SnapshotsStayAsTheyWereWhileCountingGoesOn) {
   }
 }
 
-TEST(PathBytes, SnapshotAndFolderOutliveTheirMaker) {
-  PathBytes::Folder folder;
+TEST(PathBytes, SnapshotOutlivesItsMaker) {
   PathBytes copy;
   {
     const PathBytes tree = smallTree();
     copy = tree;
-    folder = tree.folder("/r/a");
   }
   EXPECT_EQ(copy.find("/r/a/b/f3"), 3);
-  copy = {};
-  EXPECT_EQ(folder.bytesOf("f2"), 20);
-  EXPECT_EQ(folder.bytesOf("b"), 3);
 }
 
 TEST(PathBytes, ReadersSeeTheirSnapshotWhileAnotherThreadCounts) {
@@ -283,7 +275,6 @@ TEST(PathBytes, ReadersSeeTheirSnapshotWhileAnotherThreadCounts) {
     do {
       ASSERT_EQ(entriesOf(early), expected);
       ASSERT_EQ(early.find("/r/a/second"), 2);
-      ASSERT_EQ(early.folder("/r").bytesOf("nothing"), std::nullopt);
     } while (!done);
   });
   for (int i = 0; i < 20'000; ++i) {
@@ -315,85 +306,6 @@ TEST(PathBytes, VeryDeepTreesAreReadWithoutRecursion) {
     EXPECT_EQ(visited, kDepth + 2);
     EXPECT_EQ(tree.size(), kDepth + 2);
   }
-}
-
-// ---- Folder ----
-
-TEST(PathBytesFolder, AnswersForFilesAndFoldersInAnyMixture) {
-  const PathBytes tree = smallTree();
-  PathBytes::Folder folder = tree.folder("/r");
-  EXPECT_EQ(folder.bytesOf("a"), 23);
-  EXPECT_EQ(folder.bytesOf("f1"), 100);
-  EXPECT_EQ(folder.bytesOf("c"), 4);
-}
-
-TEST(PathBytesFolder, AnswersTheSameNameAgain) {
-  PathBytes::Folder folder = smallTree().folder("/r");
-  for (int time = 0; time < 3; ++time) {
-    EXPECT_EQ(folder.bytesOf("f1"), 100);
-    EXPECT_EQ(folder.bytesOf("a"), 23);
-    EXPECT_EQ(folder.bytesOf("missing"), std::nullopt);
-  }
-}
-
-TEST(PathBytesFolder, HasOnlyDirectChildren) {
-  PathBytes::Folder folder = smallTree().folder("/r");
-  for (const char* name : {"f2", "b", "f3", "f4", "", ".", "..", "a/f2", "/r", "r"})
-    EXPECT_EQ(folder.bytesOf(name), std::nullopt) << name;
-}
-
-TEST(PathBytesFolder, OfAFileOrAnUnknownKeyIsEmpty) {
-  const PathBytes tree = smallTree();
-  for (const char* key : {"/r/f1", "/r/x", "/", "", "/r/a/"})
-    EXPECT_EQ(tree.folder(key).bytesOf("f1"), std::nullopt) << key;
-}
-
-TEST(PathBytesFolder, NamesInAnyOrderFindTheirChildren) {
-  // Many enough that a search from the start for each one would not end.
-  std::vector<std::string> names = numberedNames(300'000);
-  PathBytes::Folder folder = oneFolder(names).folder("/r");
-  for (std::size_t i = names.size(); i-- > 0;) ASSERT_EQ(folder.bytesOf(names[i]), static_cast<std::int64_t>(i));
-  std::vector<std::size_t> order(names.size());
-  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-  std::ranges::shuffle(order, std::mt19937(7));
-  for (const std::size_t i : order) {
-    ASSERT_EQ(folder.bytesOf(names[i]), static_cast<std::int64_t>(i));
-    ASSERT_EQ(folder.bytesOf(names[i] + "?"), std::nullopt);
-  }
-}
-
-TEST(PathBytesFolder, ManyChildFoldersAreFoundInAnyOrder) {
-  constexpr int kFolders = 100'000;
-  PathTreeWriter writer;
-  writer.openFolder("/r");
-  for (int i = 0; i < kFolders; ++i) {
-    writer.openFolder(std::to_string(i));
-    addFile(writer, "f", i);
-    writer.closeFolder();
-  }
-  writer.closeFolder();
-  PathBytes::Folder folder = writer.snapshot().folder("/r");
-  for (int i = 0; i < kFolders; ++i) ASSERT_EQ(folder.bytesOf(std::to_string(i)), i);
-  for (int i = kFolders; i-- > 0;) ASSERT_EQ(folder.bytesOf(std::to_string(i)), i);
-}
-
-TEST(PathBytesFolder, OfAFolderThatIsBeingCountedHasWhatWasCounted) {
-  PathTreeWriter writer;
-  writer.openFolder("/r");
-  addFile(writer, "f1", 1);
-  writer.openFolder("a");
-  addFile(writer, "f2", 2);
-  PathBytes::Folder root = writer.snapshot().folder("/r");
-  PathBytes::Folder child = writer.snapshot().folder("/r/a");
-  addFile(writer, "f3", 4);
-  writer.closeFolder();
-  writer.openFolder("b");
-  addFile(writer, "f4", 8);
-  EXPECT_EQ(root.bytesOf("f1"), 1);
-  EXPECT_EQ(root.bytesOf("a"), 2);
-  EXPECT_EQ(root.bytesOf("b"), std::nullopt);
-  EXPECT_EQ(child.bytesOf("f2"), 2);
-  EXPECT_EQ(child.bytesOf("f3"), std::nullopt);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "engine/disk_sweeper_scan.h"
 #include "engine/package_names.h"
+#include "engine/path_finder.h"
 #include "tests/engine/scan_recording.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/random_seed.h"
@@ -203,14 +204,8 @@ void expectLookUpsAgree(const SweepInventory& inventory, const PlainMap& entries
   }
   for (const bool inOrder : {true, false}) {
     if (!inOrder) std::ranges::shuffle(keys, random);
-    std::map<std::string, PathBytes::Folder> folders;
-    for (const std::string& key : keys) {
-      if (key == inventory.rootPath) continue;
-      const std::string parent = FileUrl(key).deletingLastPathComponent().key();
-      auto folder = folders.find(parent);
-      if (folder == folders.end()) folder = folders.emplace(parent, inventory.pathBytes.folder(parent)).first;
-      ASSERT_EQ(folder->second.bytesOf(FileUrl(key).lastPathComponent()), entries.at(key)) << key;
-    }
+    PathFinder finder(inventory.pathBytes);
+    for (const std::string& key : keys) ASSERT_EQ(finder.find(key), entries.at(key)) << key;
   }
 }
 

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/column_memory.h"
+#include "engine/column_listing.h"
 #include "engine/disk_sweeper_scan.h"
 #include "platform/platform_file_system.h"
 #include "sweeper/disk_sweeper_pane.h"
@@ -203,12 +203,12 @@ class ListingFaults : public SystemFaults {
  protected:
   using Column = std::expected<std::vector<SweeperItem>, SweepError>;
 
-  Column list(ColumnMemory* memory = nullptr) { return DiskSweeperScan::columnChildren(*files, folder, full, memory); }
+  Column list() { return DiskSweeperScan::columnChildren(*files, folder, full); }
 
   const FileUrl folder = tree.url("a");
 
   template <typename Check>
-  void failEachOfListing(Fallible call, int error, Check check) {
+  void failEachOfListing(Fallible call, int error, Check check, bool lasting = false) {
     tree.link("a/link", "one");
     tree.file("a/new", 5'000);
     const auto whole = list().value();
@@ -218,7 +218,7 @@ class ListingFaults : public SystemFaults {
       SCOPED_TRACE("call " + std::to_string(first));
       std::optional<Column> column;
       {
-        const FailingCall failing(call, first, error);
+        const FailingCall failing(call, first, error, {.lasting = lasting});
         try {
           column = list();
         } catch (const std::bad_alloc&) {
@@ -236,10 +236,20 @@ TEST_F(ListingFaults, UnreadableFolderFails) {
   for (const auto call : {Fallible::open, Fallible::getdents}) {
     tree.remove("a");
     tree.folder("a");
-    failEachOfListing(call, EIO, [](int, const std::optional<Column>& column, const std::vector<SweeperItem>&) {
+    const auto fails = [](int, const std::optional<Column>& column, const std::vector<SweeperItem>&) {
       EXPECT_EQ(errorOf(*column), EIO);
-    });
+    };
+    failEachOfListing(call, EIO, fails, true);
   }
+}
+
+// A folder on a known file system is first opened without asking anybody to wait, then like any other.
+TEST_F(ListingFaults, FolderThatOpensAtTheSecondAttemptIsListed) {
+  failEachOfListing(Fallible::open, EIO,
+                    [](int, const std::optional<Column>& column, const std::vector<SweeperItem>& whole) {
+                      ASSERT_TRUE(*column);
+                      EXPECT_EQ(**column, whole);
+                    });
 }
 
 TEST_F(ListingFaults, EntryWithoutAttributesKeepsItsRow) {
@@ -265,18 +275,26 @@ TEST_F(ListingFaults, OutOfMemoryFailsOrIsWhole) {
 
 // A column is listed again for every snapshot, with what the listing before remembered.
 TEST_F(ListingFaults, MemoryOfAFailedListingIsNotBelieved) {
-  const auto columnMemoryAfter = [this](int failingListing, int first, bool& hasFailed) {
-    ColumnMemory memory;
-    for (int listing = 0; listing < 2; ++listing) {
+  const SweepInventory empty = SweepInventory::emptyFor(tree.url());
+  std::vector<SweeperItem> rows;
+  // The first listing finds nothing counted, the second one everything, so that rows move.
+  const auto listedTwice = [&](int failingListing, int first, bool& hasFailed) {
+    ColumnListing listing;
+    rows.clear();
+    for (int number = 0; number < 2; ++number) {
       std::optional<FailingCall> failing;
-      if (listing == failingListing) failing.emplace(Fallible::memory, first, ENOMEM);
+      if (number == failingListing) failing.emplace(Fallible::memory, first, ENOMEM);
+      bool listed = false;
       try {
-        list(&memory);
-      } catch (const std::bad_alloc&) {
+        listed = listing.list(*files, folder, number == 0 ? empty : full, rows).has_value();
+      } catch (const std::bad_alloc&) {  // for want of the error itself
+        EXPECT_EQ(first, 1);
+        rows.clear();
       }
       if (failing) hasFailed = failing->hasFailed();
+      EXPECT_TRUE(listed || rows.empty());
     }
-    return memory;
+    return listing;
   };
   for (const std::string name : {"three", "four", "five and more than fits into a short string"}) {
     tree.file("a/" + name, 5'000);
@@ -286,9 +304,11 @@ TEST_F(ListingFaults, MemoryOfAFailedListingIsNotBelieved) {
     int first = 1;
     for (bool hasFailed = true; hasFailed; ++first) {
       SCOPED_TRACE("call " + std::to_string(first) + " of listing " + std::to_string(failingListing));
-      ColumnMemory memory = columnMemoryAfter(failingListing, first, hasFailed);
-      ASSERT_EQ(list(&memory).value(), whole);
-      ASSERT_EQ(list(&memory).value(), whole);
+      ColumnListing listing = listedTwice(failingListing, first, hasFailed);
+      for (int again = 0; again < 2; ++again) {
+        ASSERT_TRUE(listing.list(*files, folder, full, rows));
+        ASSERT_EQ(rows, whole);
+      }
     }
     EXPECT_GT(first, 10) << "hardly anything failed";
   }

@@ -37,6 +37,13 @@ class MemoryFileSystem::Folder : public OpenFolder {
   Folder(MemoryFileSystem& fileSystem, std::shared_ptr<const Anchor> anchor, MemoryNode& node, EntryDetail detail)
       : fileSystem_(fileSystem), anchor_(std::move(anchor)), node_(node), detail_(detail) {}
 
+  std::optional<FolderStamp> stamp() override {
+    const std::lock_guard lock(fileSystem_.mutex_);
+    if (!fileSystem_.stampsGiven_) return std::nullopt;
+    return FolderStamp{.folder = reinterpret_cast<std::uintptr_t>(&node_),
+                       .changed = std::chrono::nanoseconds(node_.folder->version)};
+  }
+
   std::expected<void, SweepError> readEntries(EntryBatch& batch) override {
     batch.clear();
     std::shared_ptr<const Hook> hook;
@@ -176,7 +183,10 @@ void MemoryFileSystem::makeReadable(const std::string& path) {
 }
 
 void MemoryFileSystem::failReadingAfter(const std::string& path, std::size_t entries) {
-  changeFolder(path, [entries](MemoryNode& node) { node.folder->failsAfter = entries; });
+  changeFolder(path, [entries](MemoryNode& node) {
+    node.folder->failsAfter = entries;
+    ++node.folder->version;
+  });
 }
 
 void MemoryFileSystem::failMeasuring(const std::string& path) {
@@ -185,12 +195,19 @@ void MemoryFileSystem::failMeasuring(const std::string& path) {
 
 void MemoryFileSystem::hideAttributes(const std::string& path) {
   const std::lock_guard lock(mutex_);
-  tree_.at(path).attributesHidden = true;
+  MemoryNode& node = tree_.at(path);
+  node.attributesHidden = true;
+  ++node.parent->folder->version;
 }
 
 void MemoryFileSystem::remove(const std::string& path) {
   const std::lock_guard lock(mutex_);
   tree_.remove(path);
+}
+
+void MemoryFileSystem::setStamps(bool given) {
+  const std::lock_guard lock(mutex_);
+  stampsGiven_ = given;
 }
 
 void MemoryFileSystem::setBatchSize(std::size_t entries) {

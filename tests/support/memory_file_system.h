@@ -43,6 +43,7 @@ class MemoryFileSystem : public FileSystem {
   void hideAttributes(const std::string& path);  ///< this entry's attributes cannot be read
   void remove(const std::string& path);          ///< with all below it
   void setBatchSize(std::size_t entries);        ///< entries a readEntries() hands out at most; default 3
+  void setStamps(bool given);                    ///< whether folders tell OpenFolder::stamp(); at first not
 
   // Volumes. At first the list cannot be had, no volume can be measured and the home folder is "/home/user".
   void setMountedVolumes(std::optional<std::vector<FileUrl>> volumes);
@@ -103,6 +104,7 @@ class MemoryFileSystem : public FileSystem {
   mutable std::mutex mutex_;  // guards everything below but the atomic
   MemoryTree tree_;
   std::size_t batchSize_ = 3;
+  bool stampsGiven_ = false;
   std::optional<std::vector<FileUrl>> mountedVolumes_;
   std::map<std::string, std::optional<VolumeValues>> volumeValues_;
   FileUrl home_{"/home/user"};

@@ -156,6 +156,7 @@ MemoryNode& MemoryTree::newNode(MemoryNode& parent, std::string_view name, Entry
   if (place == parent.folder->children.size()) parent.folder->children.push_back(nullptr);
   parent.folder->children[place] = &node;
   parent.folder->byName.emplace(node.name, &node);
+  ++parent.folder->version;
   return node;
 }
 
@@ -163,6 +164,7 @@ void MemoryTree::detach(MemoryNode& node) {
   if (node.parent == &node) throw std::invalid_argument("the root folder cannot be removed");
   node.parent->folder->byName.erase(node.name);
   node.parent->folder->children[node.position] = nullptr;
+  ++node.parent->folder->version;
   forgetLastParent();
   // Whoever holds a removed folder open finds it empty.
   std::vector<MemoryNode*> removed = {&node};
@@ -174,6 +176,7 @@ void MemoryTree::detach(MemoryNode& node) {
                          [](MemoryNode* child) { return child != nullptr; });
     folder->children.clear();
     folder->byName.clear();
+    ++folder->version;
   }
 }
 

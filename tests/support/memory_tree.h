@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <expected>
 #include <memory>
@@ -23,6 +24,7 @@ struct MemoryFolder {
   std::vector<MemoryNode*> children;  ///< in the order of adding; null where one was removed, so that a reader's place
                                       ///< stays right
   std::unordered_map<std::string_view, MemoryNode*> byName;
+  std::uint64_t version = 0;  ///< counts changes to which entries it has, or of what kinds
   bool unreadable = false;
   bool unmeasurable = false;
   std::optional<std::size_t> failsAfter;  ///< entries handed out before reading fails

@@ -6,6 +6,7 @@
 #include <QPersistentModelIndex>
 #include <algorithm>
 #include <map>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -268,6 +269,45 @@ TEST(RowListModel, AnyListOfRowsBecomesAnyOther) {
   EXPECT_EQ(view.resets, 0);
   EXPECT_GT(view.layouts, 0);
   EXPECT_GT(view.moves, 0);
+}
+
+TEST(RowListModel, RowsToldByNumbersMoveAsRowsToldByNames) {
+  std::mt19937 random(7);
+  RowListModel model;
+  QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+  ShadowView view(model);
+  std::uint64_t edition = 0;
+  Items named;
+  for (int round = 0; round < 300; ++round) {
+    // Now and then the folder has other entries.
+    if (round % 25 == 0) {
+      named.clear();
+      const std::size_t count = round % 50 == 0 ? 1600 : random() % 40;
+      for (std::size_t row = 0; row < count; ++row)
+        named.push_back(folder("n" + std::to_string(random() % 9 + 10 * row), 0));
+      ++edition;
+    }
+    std::vector<RowPosition> numbers(named.size());
+    std::iota(numbers.begin(), numbers.end(), RowPosition{0});
+    if (round % 3 == 0) std::ranges::shuffle(numbers, random);
+    Items items;
+    for (const RowPosition number : numbers) {
+      items.push_back(named[number]);
+      items.back().sizeBytes = static_cast<int>(random() % 3);
+    }
+    const std::optional<std::size_t> selected = items.empty() ? std::nullopt : std::optional(random() % items.size());
+    std::map<std::string, QPersistentModelIndex> held;
+    for (int row = 0; row < model.count(); ++row)
+      held.emplace(text(model, row, RowListModel::NameRole).toStdString(), model.index(row));
+    model.update(items, selected, {edition, numbers});
+
+    ASSERT_EQ(view.rows(), rowsOf(items, selected)) << "round " << round;
+    for (const auto& [name, index] : held) {
+      const auto row = std::ranges::find(items, name, &SweeperItem::name);
+      ASSERT_EQ(index.row(), row == items.end() ? -1 : static_cast<int>(row - items.begin())) << "round " << round;
+    }
+  }
+  EXPECT_EQ(view.resets, 0);
 }
 
 }  // namespace

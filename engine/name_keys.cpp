@@ -1,17 +1,13 @@
-#include "engine/column_memory.h"
+#include "engine/name_keys.h"
 
 namespace dunmere {
 
-void ColumnMemory::begin(std::string_view names, std::size_t count) {
-  if (names == names_) return;
-  // The names last: should there be no room for the keys, nothing is remembered.
-  names_.clear();
+void NameKeys::begin(std::size_t count) {
   bytes_.clear();
   keys_.assign(count, {});
-  names_ = names;
 }
 
-std::string_view ColumnMemory::key(FileSystem& fileSystem, std::size_t position, std::string_view name) {
+std::string_view NameKeys::key(FileSystem& fileSystem, std::size_t position, std::string_view name) {
   Key& key = keys_[position];
   if (key.length == 0) {
     const std::string made = fileSystem.nameSortKey(name);

@@ -1,0 +1,33 @@
+// NameKeys: sort keys of a folder's names, made once.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/file_system.h"
+
+namespace dunmere {
+
+/// Keeps the keys that were asked for, which are most of the work of ordering a column. One thread at a time; for one
+/// and the same FileSystem.
+class NameKeys {
+ public:
+  /// Forgets all keys: from now on `count` names are others than before.
+  void begin(std::size_t count);
+
+  /// The sort key of the name at `position`, counted from 0; made if it is not known. Valid until the next call.
+  std::string_view key(FileSystem& fileSystem, std::size_t position, std::string_view name);
+
+ private:
+  struct Key {
+    std::size_t begin = 0;
+    std::size_t length = 0;  // 0: not made yet
+  };
+
+  std::string bytes_;  // of all keys, side by side
+  std::vector<Key> keys_;
+};
+
+}  // namespace dunmere
