@@ -49,7 +49,7 @@ std::expected<void, SweepError> PosixOpenFolder::openByPath() {
 }
 
 bool PosixOpenFolder::openAt(int place) {
-  UniqueDescriptor opened(::openat(place, ".", kFolderFlags));
+  UniqueDescriptor opened(::openat(place, ".", kFolderFlags | O_NOFOLLOW));
   if (!opened) return false;
   descriptors_.keep(slot_, std::move(opened));
   return true;
