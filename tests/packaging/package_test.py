@@ -46,6 +46,11 @@ def field(name):
                           text=True).stdout.strip()
 
 
+def names_in(relation):
+    """The packages that such a field names, without versions."""
+    return {re.match(r"\S+", part).group() for part in field(relation).split(", ")}
+
+
 class PackageTest(unittest.TestCase):
     maxDiff = None
 
@@ -90,8 +95,14 @@ class PackageTest(unittest.TestCase):
                                 check=True, stdout=subprocess.PIPE, text=True)
         wanted = {line.split(":")[0] for line in owners.stdout.splitlines()}
         self.assertIn("qml6-module-qtquick", wanted)
-        depends = {re.match(r"\S+", part).group() for part in field("Depends").split(", ")}
-        self.assertEqual({name for name in depends if name.startswith("qml6-")}, wanted)
+        self.assertEqual({name for name in names_in("Depends") if name.startswith("qml6-")}, wanted)
+
+    def test_scripts_install_what_the_package_asks_for(self):
+        with open(os.path.join(PROJECT, "scripts", "packages"), encoding="utf-8") as file:
+            installed = {line.strip() for line in file if not line.startswith("#")}
+        wanted = {name for name in names_in("Depends") if name.startswith("qml6-")} | names_in("Recommends")
+        self.assertIn("qt6-wayland", wanted)
+        self.assertLessEqual(wanted, installed)
 
     def test_metainfo_tells_this_release_and_existing_pictures(self):
         release = self.metainfo().find("releases/release")
