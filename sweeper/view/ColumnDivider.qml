@@ -1,9 +1,7 @@
-import QtQuick
 import Dunmere.Theme
 
 // The rule after every column. It cannot be dragged.
-Rectangle {
+Divider {
     objectName: "columnDivider"
-    implicitWidth: 1
     color: AppTheme.border
 }

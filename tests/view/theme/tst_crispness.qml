@@ -2,7 +2,7 @@ import QtQuick
 import QtTest
 import Dunmere.Theme
 
-// Run once for each scale of the screen. Places are multiples of 4, so that they fall on whole pixels at any of them.
+// Run once for each scale of the screen. Most places are multiples of 4: whole pixels at any scale.
 // A grabbed image has as many pixels as its item has points: the things stand in the quarter that it holds at 2.
 Rectangle {
     id: stage
@@ -21,6 +21,29 @@ Rectangle {
         x: 8
         y: 20
         height: 40
+    }
+    // Wherever they stand.
+    Repeater {
+        id: verticals
+        model: 8
+
+        Divider {
+            required property int index
+            x: 8 + index * 5
+            y: 84
+            height: 20
+        }
+    }
+    Repeater {
+        id: horizontals
+        model: 8
+
+        Divider {
+            required property int index
+            x: 60
+            y: 80 + index * 5
+            width: 20
+        }
     }
     ContinuousRectangle {
         id: outlined
@@ -79,6 +102,13 @@ Rectangle {
         function test_dividersAreOneLineOfWholePixels() {
             compare(across(40, 8, 0, 1, line + 1), [...times(222, line), 247]);
             compare(across(8, 40, 1, 0, line + 1), [...times(222, line), 247]);
+        }
+
+        function test_dividersAreEquallyThickWhereverTheyStand() {
+            const row = across(4, 94, 1, 0, Math.round(48 * scale));
+            compare(row.filter(red => red === 222).length, 8 * line);
+            const column = across(70, 76, 0, 1, Math.round(44 * scale));
+            compare(column.filter(red => red === 222).length, 8 * line);
         }
 
         function test_anOutlineIsOneLineOfWholePixels() {
