@@ -226,7 +226,8 @@ class MenuTest(EndToEndTest):
         self.addCleanup(shutil.rmtree, self.installed)
         subprocess.run([os.environ["CMAKE_COMMAND"], "--install", os.environ["BUILD"], "--prefix", self.installed],
                        check=True, stdout=subprocess.DEVNULL)
-        os.environ["XDG_DATA_DIRS"] = os.path.join(self.installed, "share")
+        # The icon theme that every icon belongs to is the desktop's.
+        os.environ["XDG_DATA_DIRS"] = os.path.join(self.installed, "share") + os.pathsep + "/usr/share"
         os.environ["PATH"] = os.path.join(self.installed, "bin") + os.pathsep + os.environ["PATH"]
         super().setUp()
 
@@ -236,6 +237,7 @@ class MenuTest(EndToEndTest):
         entry = Gio.DesktopAppInfo.new("dunmere.desktop")
         self.assertEqual(entry.get_display_name(), "Dunmere")
         self.assertTrue(entry.should_show())
+        self.check_icons(entry.get_icon().to_string())
 
         self.window = DunmereWindow(self.session, shutil.which(entry.get_executable()))
         self.window.button("Open Folder…")
@@ -245,6 +247,17 @@ class MenuTest(EndToEndTest):
         self.assertEqual(properties["_NET_WM_NAME"], f'"{entry.get_display_name()}"')
         self.assertIn("_NET_WM_ICON", properties)
         self.close_and_check()
+
+    def check_icons(self, name):
+        import gi
+        gi.require_version("Gtk", "3.0")
+        from gi.repository import Gtk
+        theme = Gtk.IconTheme.get_default()
+        icons = os.path.join(self.installed, "share", "icons", "hicolor")
+        for icon, size, file in ((name, 32, "scalable/apps/dunmere.svg"), (name, 128, "128x128/apps/dunmere.png"),
+                                 (name + "-symbolic", 16, "symbolic/apps/dunmere-symbolic.svg")):
+            found = theme.lookup_icon(icon, size, 0)
+            self.assertEqual(found and found.get_filename(), os.path.join(icons, file))
 
 
 class LongColumnTest(EndToEndTest):

@@ -25,6 +25,7 @@ def open_largest_folder(window, column):
 
 def take_picture(session, program, folder, picture):
     window = DunmereWindow(session, program)
+    session.see("frame", "Dunmere")
     window.sweep_folder(folder)
     column = os.path.basename(folder) or "/"
     window.column(column)
