@@ -63,6 +63,15 @@ constexpr std::array<Range, 5> kRightToLeft = {{
     {0x1E800, 0x1EFFF},
 }};
 
+// Letters of which most names are made: none of them is in another table.
+constexpr std::array<Range, 5> kPlain = {{
+    {0x0020, 0x007E},
+    {0x00C0, 0x033F},  // Latin
+    {0x0370, 0x058F},  // Greek, Cyrillic, Armenian
+    {0x3041, 0x3163},  // Japanese, Hangul
+    {0x3400, 0xD7A3},  // Chinese, more of Hangul
+}};
+
 // Joiners and variation selectors belong to the characters beside them: several scripts and most emoji are spelt with
 // them. Beside other characters they do nothing.
 constexpr std::array<Range, 1> kJoiners = {{{0x200C, 0x200D}}};
@@ -70,6 +79,16 @@ constexpr std::array<Range, 2> kSelectors = {{{0xFE00, 0xFE0F}, {0xE0100, 0xE01E
 constexpr char32_t kFirstJoined = 0x0590;    // below it stand alphabets whose letters are never joined
 constexpr char32_t kFirstSelected = 0x00A0;  // of ASCII only the digits of keycaps have variants
 constexpr char32_t kKeycap = 0x20E3;
+
+template <std::size_t kCount, std::size_t kOtherCount>
+consteval bool areApart(const std::array<Range, kCount>& ranges, const std::array<Range, kOtherCount>& others) {
+  return std::ranges::none_of(ranges, [&](const Range& range) {
+    return std::ranges::any_of(
+        others, [&](const Range& other) { return range.first <= other.last && other.first <= range.last; });
+  });
+}
+static_assert(areApart(kPlain, kInvisible) && areApart(kPlain, kOtherSpaces) && areApart(kPlain, kRightToLeft) &&
+              areApart(kPlain, kJoiners) && areApart(kPlain, kSelectors));
 
 constexpr std::string_view kReplacement = "\uFFFD";
 constexpr std::string_view kOpenBox = "\u2423";
@@ -138,9 +157,9 @@ std::string substitute(char32_t character, char32_t before, char32_t after) {
   return isInvisible(character, before, after) ? codeText(character) : std::string();
 }
 
-char32_t firstCharacter(std::string_view bytes) {
-  const std::optional<Decoded> decoded = bytes.empty() ? std::nullopt : decodeFirst(bytes);
-  return decoded ? decoded->character : 0;
+/// What `bytes` begin with: of length 0 when it is no valid sequence, or nothing at all.
+Decoded decodeAny(std::string_view bytes) {
+  return bytes.empty() ? Decoded{0, 0} : decodeFirst(bytes).value_or(Decoded{0, 0});
 }
 
 struct Shown {
@@ -152,18 +171,21 @@ Shown show(std::string_view bytes) {
   Shown shown;
   shown.text.reserve(bytes.size());
   char32_t before = 0;
-  while (!bytes.empty()) {
-    const Decoded decoded = decodeFirst(bytes).value_or(Decoded{0, 0});
+  for (Decoded decoded = decodeAny(bytes); !bytes.empty();) {
     const std::string_view spelling = bytes.substr(0, std::max<std::size_t>(decoded.length, 1));
     bytes.remove_prefix(spelling.size());
+    const Decoded next = decodeAny(bytes);
     if (decoded.length == 0) {
       shown.text += kReplacement;
+    } else if (isIn(kPlain, decoded.character)) {
+      shown.text += spelling;
     } else {
-      const std::string instead = substitute(decoded.character, before, firstCharacter(bytes));
+      const std::string instead = substitute(decoded.character, before, next.character);
       shown.text += instead.empty() ? spelling : instead;
       shown.hasRightToLeft |= instead.empty() && isIn(kRightToLeft, decoded.character);
     }
     before = decoded.character;
+    decoded = next;
   }
   return shown;
 }

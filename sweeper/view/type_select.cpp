@@ -18,6 +18,16 @@ QString folded(const QString& text) {
   return letters;
 }
 
+/// Whether the name's letters begin with these. Folds no more of it than it must: a hundred thousand names are asked
+/// for every key.
+bool beginsWith(const QString& name, const QString& letters) {
+  for (qsizetype part = letters.size() + 1;; part *= 2) {
+    const bool cutsAPair = part < name.size() && name[part].isLowSurrogate();
+    const QString beginning = folded(name.left(cutsAPair ? part + 1 : part));
+    if (beginning.size() >= letters.size() || part >= name.size()) return beginning.startsWith(letters);
+  }
+}
+
 bool isTypedText(const QString& text) {
   return !text.isEmpty() &&
          std::ranges::all_of(text, [](QChar character) { return character >= u' ' && character != u'\x7F'; });
@@ -29,7 +39,7 @@ int rowBeginningWith(const QString& beginning, const QAbstractItemModel& rows, i
   const int count = rows.rowCount();
   for (int step = 0; step < count; ++step) {
     const int row = (first + step) % count;
-    if (folded(rows.data(rows.index(row, 0), nameRole).toString()).startsWith(beginning)) return row;
+    if (beginsWith(rows.data(rows.index(row, 0), nameRole).toString(), beginning)) return row;
   }
   return -1;
 }
@@ -46,10 +56,11 @@ int TypeSelect::find(const QAbstractItemModel* rows, int current, const QString&
   setTyped(typed_ + text);
   const QString letters = folded(typed_);
   if (letters.isEmpty()) return -1;
-  // The first letter leaves the row that it may stand on already; the next ones tell more of the row that was found.
-  const int row = begins ? -1 : rowBeginningWith(letters, *rows, std::max(current, 0));
-  if (row >= 0 || !isOneLetterAgain(letters)) return row;
-  return rowBeginningWith(letters.first(1), *rows, current + 1);
+  // The next letters tell more of the row that was found, the first leaves the row that it may stand on already.
+  if (!isOneLetterAgain(letters)) return rowBeginningWith(letters, *rows, std::max(current, 0));
+  const int next = rowBeginningWith(letters.first(1), *rows, current + 1);
+  const int row = begins || next < 0 ? -1 : rowBeginningWith(letters, *rows, std::max(current, 0));
+  return row >= 0 ? row : next;
 }
 
 void TypeSelect::timerEvent(QTimerEvent* event) {

@@ -72,6 +72,22 @@ TEST_F(TypeSelectTest, ARightToLeftNameIsFoundByItsFirstLetter) {
   EXPECT_EQ(type(QStringLiteral("ש")), 1);
 }
 
+TEST_F(TypeSelectTest, LettersBehindManyMarksAreFoundToo) {
+  const std::string marks = "\u0301\u0302\u0303\u0304\u0306\u0307\u0308\u030A\u030B\u030C";
+  showNames({"abd", ("a" + marks + marks + "b" + marks + "c").c_str()});
+  EXPECT_EQ(type(QStringLiteral("abc")), 1);
+}
+
+TEST_F(TypeSelectTest, LettersOutsideTheBasicPlaneAreFoundByTheirPlainOnes) {
+  showNames({"abd", "x\U0001D400\U0001D401\U0001D402"});
+  EXPECT_EQ(type(QStringLiteral("xabc")), 1);
+}
+
+TEST_F(TypeSelectTest, AnInputMethodTypesSeveralLettersAtOnce) {
+  showNames({"日記", "日本語", "日本"});
+  EXPECT_EQ(typeSelect_.find(&rows_, 0, QStringLiteral("日本")), 1);
+}
+
 TEST_F(TypeSelectTest, NothingFoundIsNoRow) {
   showNames({"Movies"});
   EXPECT_EQ(type(QStringLiteral("x")), -1);
