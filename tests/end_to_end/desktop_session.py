@@ -292,7 +292,7 @@ class DesktopSession:
     def press_close_button(self, frame):
         """The window manager's, at the right end of the bar above the frame."""
         box = self._resting_place(frame)
-        self._xdotool("mousemove", "--sync", str(box.x + box.width - 9), str(box.y - 10), "click", "1")
+        self._xdotool("mousemove", str(box.x + box.width - 9), str(box.y - 10), "click", "1")
 
     def scroll_down(self, thing, notches):
         """Turns the wheel towards the user, with the pointer over the middle of the thing."""
