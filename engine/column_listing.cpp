@@ -41,8 +41,11 @@ std::expected<void, SweepError> ColumnListing::listOpen(FileSystem& fileSystem, 
   const bool isFirst = *others || parent != parent_ || rows.size() != entries_.size();
   if (isFirst) begin(parent, rows);
 
-  updateCounted(inventory);
-  std::vector<RowPosition> changed = updateFacts(RowFactFinder(inventory, folder), isFirst);
+  const bool isSameScan = updateCounted(inventory);
+  const bool looksAtAll = isFirst || !isSameScan || inventory.scanComplete;
+  const FileSystem::Instant now = fileSystem.now();
+  looksAtAll ? rounds_.begin(entries_.size(), now) : rounds_.goOn(now);
+  std::vector<RowPosition> changed = updateFacts(RowFactFinder(inventory, folder), isFirst, looksAtAll);
   const bool partialMark = !inventory.scanComplete || inventory.hadReadErrors;
   if (changed.empty() && partialMark == partialMark_) return {};
   partialMark_ = partialMark;
@@ -69,19 +72,37 @@ void ColumnListing::begin(const FileUrl& parent, Rows& rows) {
   order_.begin(entries_.size());
 }
 
-void ColumnListing::updateCounted(const SweepInventory& inventory) {
-  if (!children_.continues(inventory)) counted_.assign(entries_.size(), {});
+/// Whether what was counted before still holds.
+bool ColumnListing::updateCounted(const SweepInventory& inventory) {
+  const bool isSameScan = children_.continues(inventory);
+  if (!isSameScan) counted_.assign(entries_.size(), {});
   children_.follow(inventory, [this](std::string_view name, bool isFolder, std::int64_t bytes) {
     const auto position = entries_.find(name, isFolder ? EntryKind::folder : EntryKind::regularFile);
     if (position) counted_[*position] = bytes;
   });
+  return isSameScan;
+}
+
+/// Whether what the entry shows is known without a look at the disk.
+bool ColumnListing::isSettled(std::size_t position) const {
+  switch (entries_.kind(position)) {
+    case EntryKind::regularFile:
+      return counted_[position].has_value();
+    case EntryKind::symbolicLink:
+      return false;
+    case EntryKind::folder:
+    case EntryKind::other:
+      return true;
+  }
+  std::unreachable();
 }
 
 /// The rows that have other facts than before; the first time these are all.
-std::vector<RowPosition> ColumnListing::updateFacts(RowFactFinder finder, bool isFirst) {
+std::vector<RowPosition> ColumnListing::updateFacts(RowFactFinder finder, bool isFirst, bool looksAtAll) {
   std::vector<RowPosition> changed;
   if (isFirst) changed.reserve(facts_.size());
   for (std::size_t position = 0; position < facts_.size(); ++position) {
+    if (!looksAtAll && !rounds_.includes(position) && !isSettled(position)) continue;
     const RowFacts facts = finder.factsOf(entries_.name(position), entries_.kind(position), counted_[position]);
     if (!isFirst && facts == facts_[position]) continue;
     facts_[position] = facts;

@@ -10,6 +10,7 @@
 #include "engine/file_system.h"
 #include "engine/file_url.h"
 #include "engine/listed_entries.h"
+#include "engine/look_rounds.h"
 #include "engine/row_facts.h"
 #include "engine/row_order.h"
 #include "engine/sweep_inventory.h"
@@ -20,7 +21,8 @@ namespace dunmere {
 /// What a column keeps from one listing to the next. The rows are those of a fresh listing every time; but a folder
 /// that provably holds the same names is not read again, a row is made only once, what was counted is taken over from
 /// one snapshot of a scan to the next, and only rows whose size has changed are sorted. Files that are not counted yet,
-/// and links, are looked at on the disk every time. One thread at a time; for one and the same FileSystem.
+/// and links, have to be looked at on the disk: while a scan goes on each of them at least every LookRounds::kRound,
+/// afterwards every time. One thread at a time; for one and the same FileSystem.
 class ColumnListing {
  public:
   /// Makes `rows`, which must hold what the last call left there or nothing, the direct children of `parent`, sized
@@ -39,8 +41,9 @@ class ColumnListing {
   std::expected<void, SweepError> listOpen(FileSystem& fileSystem, OpenFolder& folder, const FileUrl& parent,
                                            const SweepInventory& inventory, Rows& rows);
   void begin(const FileUrl& parent, Rows& rows);
-  void updateCounted(const SweepInventory& inventory);
-  std::vector<RowPosition> updateFacts(RowFactFinder finder, bool isFirst);
+  bool updateCounted(const SweepInventory& inventory);
+  bool isSettled(std::size_t position) const;
+  std::vector<RowPosition> updateFacts(RowFactFinder finder, bool isFirst, bool looksAtAll);
   void make(Rows& rows) const;
   void arrange(const std::vector<RowPosition>& before, Rows& rows) const;
   void showFacts(Rows& rows) const;
@@ -51,6 +54,7 @@ class ColumnListing {
   CountedChildren children_;
   std::vector<RowFactFinder::Counted> counted_;  // by position, as are the facts
   std::vector<RowFacts> facts_;
+  LookRounds rounds_;
   RowOrder order_;
   bool partialMark_ = false;  // one for all folders of the column
 };

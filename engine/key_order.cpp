@@ -31,17 +31,12 @@ std::uint64_t headOf(std::string_view bytes) {
 
 }  // namespace
 
-void KeyOrder::add(std::string_view key) {
-  bytes_.append(key);
-  ends_.push_back(bytes_.size());
-}
-
 std::vector<std::size_t> KeyOrder::sorted() const {
   const std::size_t shared = sharedLength();
   std::vector<SortedKey> keys;
-  keys.reserve(ends_.size());
-  for (std::size_t i = 0; i < ends_.size(); ++i) {
-    const std::string_view bytes = key(i).substr(shared);
+  keys.reserve(keys_.size());
+  for (std::size_t i = 0; i < keys_.size(); ++i) {
+    const std::string_view bytes = keys_[i].substr(shared);
     keys.push_back({headOf(bytes), bytes, i});
   }
   std::ranges::sort(keys, [](const SortedKey& a, const SortedKey& b) { return a < b; });
@@ -51,16 +46,11 @@ std::vector<std::size_t> KeyOrder::sorted() const {
   return positions;
 }
 
-std::string_view KeyOrder::key(std::size_t position) const {
-  const std::size_t begin = position == 0 ? 0 : ends_[position - 1];
-  return std::string_view(bytes_).substr(begin, ends_[position] - begin);
-}
-
 std::size_t KeyOrder::sharedLength() const {
-  if (ends_.empty()) return 0;
-  std::string_view shared = key(0);
-  for (std::size_t i = 1; i < ends_.size() && !shared.empty(); ++i) {
-    const std::string_view other = key(i);
+  if (keys_.empty()) return 0;
+  std::string_view shared = keys_.front();
+  for (std::size_t i = 1; i < keys_.size() && !shared.empty(); ++i) {
+    const std::string_view other = keys_[i];
     const auto [end, otherEnd] = std::ranges::mismatch(shared, other);
     shared = std::string_view(shared.begin(), end);
   }

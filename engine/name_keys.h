@@ -2,7 +2,8 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+#include <memory>
+#include <memory_resource>
 #include <string_view>
 #include <vector>
 
@@ -17,17 +18,12 @@ class NameKeys {
   /// Forgets all keys: from now on `count` names are others than before.
   void begin(std::size_t count);
 
-  /// The sort key of the name at `position`, counted from 0; made if it is not known. Valid until the next call.
+  /// The sort key of the name at `position`, counted from 0; made if it is not known. Valid until the next begin().
   std::string_view key(FileSystem& fileSystem, std::size_t position, std::string_view name);
 
  private:
-  struct Key {
-    std::size_t begin = 0;
-    std::size_t length = 0;  // 0: not made yet
-  };
-
-  std::string bytes_;  // of all keys, side by side
-  std::vector<Key> keys_;
+  std::unique_ptr<std::pmr::monotonic_buffer_resource> bytes_;  // of the keys, which stay where they are
+  std::vector<std::string_view> keys_;                          // without data: not made yet
 };
 
 }  // namespace dunmere

@@ -12,6 +12,8 @@ namespace dunmere {
 /// Compares rows by what is known of them now.
 class RowOrder::Sorter {
  public:
+  using RowIterator = std::vector<RowPosition>::iterator;
+
   Sorter(FileSystem& fileSystem, const ListedEntries& entries, const std::vector<RowFacts>& facts, NameKeys& keys)
       : fileSystem_(fileSystem), entries_(entries), facts_(facts), keys_(keys) {}
 
@@ -26,20 +28,26 @@ class RowOrder::Sorter {
     }
   }
 
+  /// The first of the ordered rows that `row` stands before. Looks near `first` first, so that finding the places of
+  /// ordered rows one after another costs no more than going through all, and much less where they are few.
+  RowIterator placeOf(RowPosition row, RowIterator first, RowIterator last) {
+    const auto isBeforeRow = [&](RowPosition other, RowPosition) { return isBefore(other, row); };
+    for (std::ptrdiff_t step = 1; step <= last - first; step *= 2) {
+      if (!isBefore(first[step - 1], row)) return std::lower_bound(first, first + step, row, isBeforeRow);
+      first += step;
+    }
+    return std::lower_bound(first, last, row, isBeforeRow);
+  }
+
+ private:
   bool isBefore(RowPosition a, RowPosition b) {
     if (sizeOf(a) != sizeOf(b)) return sizeOf(a) > sizeOf(b);
-    makeKey(a);  // so that making the second one cannot move the first
-    makeKey(b);
     const int order = keyOf(a).compare(keyOf(b));
     return order != 0 ? order < 0 : a < b;
   }
 
- private:
-  using RowIterator = std::vector<RowPosition>::iterator;
-
   std::int64_t sizeOf(RowPosition row) const { return facts_[row].sizeBytes; }
   std::string_view keyOf(RowPosition row) { return keys_.key(fileSystem_, row, entries_.name(row)); }
-  void makeKey(RowPosition row) { keyOf(row); }
 
   /// Sorts rows of one size. Only they need keys, which cost more than all the rest of a row.
   void sortByName(RowIterator begin, RowIterator end) {
@@ -72,8 +80,14 @@ void RowOrder::update(FileSystem& fileSystem, const ListedEntries& entries, cons
   std::ranges::copy_if(positions_, std::back_inserter(kept), [&](RowPosition row) { return !isChanged[row]; });
   std::vector<RowPosition> merged;
   merged.reserve(facts.size());
-  std::ranges::merge(kept, changed, std::back_inserter(merged),
-                     [&sorter](RowPosition a, RowPosition b) { return sorter.isBefore(a, b); });
+  auto next = kept.begin();
+  for (const RowPosition row : changed) {
+    const auto place = sorter.placeOf(row, next, kept.end());
+    merged.insert(merged.end(), next, place);
+    merged.push_back(row);
+    next = place;
+  }
+  merged.insert(merged.end(), next, kept.end());
   positions_ = std::move(merged);
 }
 

@@ -115,14 +115,20 @@ void measureSweep(FileSystem& fileSystem, const Options& options, JsonText& json
   WindowRun window(fileSystem, options.root, animated);
   Phases phases(window, json);
   if (animated) phases.rest("rest");
-  phases.measure("sweep", [&] {
+  const Clock::time_point start = Clock::now();
+  phases.measure("begin", [&] {
     window.pane().openFolderSweep();
     for (const std::string& name : options.names) {
       const int column = window.pane().columns()->count() - 1;
       window.pane().selectRow(column, window.lastRowNamed(column, QString::fromStdString(name)));
     }
-    window.runUntilSweepEnds();
   });
+  Clock::time_point end;
+  phases.measure("sweep", [&] {
+    window.runUntilSweepEnds();
+    end = Clock::now();
+  });
+  json.key("sweepSeconds").seconds(std::chrono::duration<double>(end - start).count());
   json.key("status").text(window.pane().statusStripText().toStdString());
 }
 

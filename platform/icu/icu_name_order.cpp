@@ -4,8 +4,13 @@
 #include <unicode/uloc.h>
 #include <unicode/ustring.h>
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <stdexcept>
+#include <vector>
 
 namespace dunmere {
 
@@ -29,23 +34,59 @@ std::string icuLocale(const std::string& locale) {
   return U_SUCCESS(code) && code != U_STRING_NOT_TERMINATED_WARNING ? canonical : "";
 }
 
-struct Utf16Text {
-  std::u16string units;
-  bool wasValid = true;
+/// Room for `size` elements, on the stack if they are as few as those of nearly every name.
+template <typename Element, std::size_t usual>
+class Room {
+ public:
+  explicit Room(std::size_t size) {
+    if (size > usual) large_.resize(size);
+  }
+  Element* data() { return large_.empty() ? small_.data() : large_.data(); }
+
+ private:
+  std::array<Element, usual> small_;
+  std::vector<Element> large_;
 };
 
-Utf16Text utf16Of(std::string_view utf8) {
-  constexpr UChar32 kReplacement = 0xFFFD;
-  Utf16Text text{.units = std::u16string(utf8.size(), u'\0')};  // never more units than bytes
-  UErrorCode code = U_ZERO_ERROR;
-  int32_t length = 0;
-  int32_t replaced = 0;
-  u_strFromUTF8WithSub(text.units.data(), static_cast<int32_t>(text.units.size()), &length, utf8.data(),
-                       static_cast<int32_t>(utf8.size()), kReplacement, &replaced, &code);
-  if (U_FAILURE(code)) fail("A name could not be decoded", code);
-  text.units.resize(static_cast<std::size_t>(length));
-  text.wasValid = replaced == 0;
-  return text;
+constexpr std::size_t kUsualName = 255;  // bytes: the longest name of nearly all file systems
+
+/// The decoded name; never more units than the name has bytes.
+class Utf16Text {
+ public:
+  explicit Utf16Text(std::string_view utf8) : units_(utf8.size()) {
+    constexpr UChar32 kReplacement = 0xFFFD;
+    UErrorCode code = U_ZERO_ERROR;
+    int32_t replaced = 0;
+    const auto size = static_cast<int32_t>(utf8.size());
+    u_strFromUTF8WithSub(units_.data(), size, &length_, utf8.data(), size, kReplacement, &replaced, &code);
+    if (U_FAILURE(code)) fail("A name could not be decoded", code);
+    wasValid_ = replaced == 0;
+  }
+
+  const char16_t* units() { return units_.data(); }
+  int32_t length() const { return length_; }
+  bool wasValid() const { return wasValid_; }
+
+ private:
+  Room<char16_t, kUsualName> units_;
+  int32_t length_ = 0;
+  bool wasValid_ = true;
+};
+
+/// ICU's key, which ends with its zero byte, below any continuation.
+std::string keyOf(const UCollator& collator, Utf16Text& text) {
+  const auto write = [&](uint8_t* key, std::size_t size) {
+    return static_cast<std::size_t>(
+        ucol_getSortKey(&collator, text.units(), text.length(), key, static_cast<int32_t>(size)));
+  };
+  std::array<uint8_t, 64 + 4 * kUsualName> usual;  // seldom too small: then ICU says how much it needs
+  const std::size_t size = write(usual.data(), usual.size());
+  std::string key(reinterpret_cast<const char*>(usual.data()), std::min(size, usual.size()));
+  if (size > usual.size()) {
+    key.resize(size);
+    write(reinterpret_cast<uint8_t*>(key.data()), size);
+  }
+  return key;
 }
 
 }  // namespace
@@ -82,21 +123,9 @@ std::string IcuNameOrder::userLocale() {
 }
 
 std::string IcuNameOrder::sortKey(std::string_view name) const {
-  const Utf16Text text = utf16Of(name);
-  const auto units = text.units.data();
-  const auto length = static_cast<int32_t>(text.units.size());
-  std::string key(64 + 4 * name.size(), '\0');  // seldom too small: then ICU says how much it needs
-  const auto write = [&] {
-    return ucol_getSortKey(collator_.get(), units, length, reinterpret_cast<uint8_t*>(key.data()),
-                           static_cast<int32_t>(key.size()));
-  };
-  auto needed = static_cast<std::size_t>(write());
-  if (needed > key.size()) {
-    key.resize(needed);
-    needed = static_cast<std::size_t>(write());
-  }
-  key.resize(needed);  // ends with ICU's zero byte, below any continuation
-  if (!text.wasValid) key += name;
+  Utf16Text text(name);
+  std::string key = keyOf(*collator_, text);
+  if (!text.wasValid()) key += name;
   return key;
 }
 

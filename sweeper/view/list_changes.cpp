@@ -181,6 +181,7 @@ void placeRows(const ListMatch& match, const std::vector<bool>& stays, std::vect
 
 ListMatch matchLists(const std::vector<std::string_view>& oldKeys, const std::vector<std::string_view>& newKeys) {
   ListMatch match{oldKeys.size(), std::vector<std::size_t>(newKeys.size(), kNew)};
+  if (oldKeys.empty()) return match;
   const std::size_t shorter = std::min(oldKeys.size(), newKeys.size());
   std::size_t front = 0;
   while (front < shorter && oldKeys[front] == newKeys[front]) ++front;

@@ -53,6 +53,11 @@ class Relisting : public testing::Test {
     return fileSystem_.madeKeys - before;
   }
   void scan() { inventory_ = inventoryOfScan(fileSystem_, "/root"); }
+  /// A scan of this folder alone, which has counted something but is not complete.
+  void startScanOf(const std::string& folder) {
+    inventory_ = inventoryOfScan(fileSystem_, folder);
+    inventory_.scanComplete = false;
+  }
 
   KeyCountingFileSystem fileSystem_;
   SweepInventory inventory_ = SweepInventory::emptyFor(FileUrl("/root"));
@@ -108,6 +113,50 @@ TEST_F(Relisting, CountedFilesAreNotLookedAtOnTheDiskButOthersAreEveryTime) {
   list();
   EXPECT_EQ(fileSystem_.attributeReads(), (std::vector<std::string>{"/root/new", "/root/new"}));
   fileSystem_.addFile("/root/new", 9);
+  EXPECT_EQ(list().front().sizeBytes, 9);
+}
+
+TEST_F(Relisting, WhileAScanGoesOnFilesAndLinksAreLookedAtInTurn) {
+  constexpr std::size_t kFiles = 100;
+  for (std::size_t i = 0; i < kFiles; ++i) fileSystem_.addFile("/root/" + std::to_string(i), 7);
+  fileSystem_.addFolder("/target");
+  fileSystem_.addLink("/root/link", "../target");
+  fileSystem_.addFile("/root/counted/file", 7);
+  startScanOf("/root/counted");
+  const auto looksOfListing = [this] {
+    const std::size_t before = fileSystem_.attributeReads().size();
+    list();
+    return fileSystem_.attributeReads().size() - before;
+  };
+  EXPECT_EQ(looksOfListing(), kFiles);
+  EXPECT_LE(looksOfListing(), 1U) << "no time has passed";
+  for (std::size_t i = 0; i < kFiles; ++i) fileSystem_.addFile("/root/" + std::to_string(i), 9);
+  fileSystem_.remove("/target");
+  std::size_t looks = 0;
+  for (int listing = 0; listing < 10; ++listing) {
+    fileSystem_.advanceClock(LookRounds::kRound / 10);
+    const std::size_t some = looksOfListing();
+    EXPECT_LE(some, kFiles / 10 + 2);
+    looks += some;
+  }
+  EXPECT_GE(looks, kFiles);
+  EXPECT_EQ(rows_, listAnew());
+
+  fileSystem_.advanceClock(LookRounds::kRound);
+  EXPECT_EQ(looksOfListing(), kFiles);
+  inventory_.scanComplete = true;
+  EXPECT_EQ(looksOfListing(), kFiles);
+  EXPECT_EQ(looksOfListing(), kFiles);
+}
+
+TEST_F(Relisting, FilesThatOnlyAnotherScanCountedAreLookedAtAtOnce) {
+  fileSystem_.addFile("/root/file", 7);
+  fileSystem_.addFile("/root/counted/file", 7);
+  scan();
+  list();
+  fileSystem_.addFile("/root/file", 9);
+  startScanOf("/root/counted");
+  EXPECT_EQ(list(), listAnew());
   EXPECT_EQ(list().front().sizeBytes, 9);
 }
 
@@ -233,6 +282,7 @@ TEST_F(Relisting, ListsAsAFreshListingWould) {
     } catch (const std::invalid_argument&) {  // no such entry
     }
     if (below(50) == 0) inventory_.hadReadErrors = true;
+    fileSystem_.advanceClock(LookRounds::kRound);
     ASSERT_EQ(list(), listAnew()) << "step " << step;
   }
 }
