@@ -2,11 +2,13 @@
 #include <QApplication>
 #include <QIcon>
 #include <QQmlApplicationEngine>
+#include <QQuickWindow>
 #include <QVariant>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 
+#include "platform/desktop/graphics_processor.h"
 #include "platform/desktop/platform_desktop.h"
 #include "platform/desktop/qt_main_thread.h"
 #include "platform/platform_file_system.h"
@@ -40,11 +42,18 @@ int runWindow(dunmere::FileSystem& fileSystem, dunmere::Desktop& desktop, dunmer
   return code;
 }
 
+/// Before the first window. What the environment says of the way to paint holds.
+void choosePainting() {
+  // The window is small enough to start without shaders that were kept on disk.
+  QCoreApplication::setAttribute(Qt::AA_DisableShaderDiskCache);
+  const bool isChosen = qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND");
+  if (!isChosen && !dunmere::hasGraphicsProcessor()) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  // The window is small enough to start without shaders that were kept on disk.
-  QCoreApplication::setAttribute(Qt::AA_DisableShaderDiskCache);
+  choosePainting();
   const QApplication application(argc, argv);
   describeApplication();
   dunmere::installAccessibleControls();

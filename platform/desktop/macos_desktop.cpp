@@ -1,4 +1,5 @@
 #include "platform/desktop/folder_chooser.h"
+#include "platform/desktop/graphics_processor.h"
 #include "platform/desktop/platform_desktop.h"
 #include "platform/macos/macos_trash.h"
 #include "platform/macos/workspace.h"
@@ -27,6 +28,10 @@ class MacosDesktop final : public Desktop {
 };
 
 }  // namespace
+
+bool hasGraphicsProcessor(const std::string&) {
+  return true;  // every Mac has one
+}
 
 std::unique_ptr<UrlOpener> makePlatformUrlOpener() {
   return std::make_unique<WorkspaceUrlOpener>();

@@ -2,6 +2,7 @@
 
 Each test is one run of this file, see CMakeLists.txt. The pictures that a test takes stay in its output folder.
 """
+import glob
 import itertools
 import json
 import os
@@ -217,6 +218,18 @@ class LargeFontTest(EndToEndTest):
         window.press("Settings")
         window.button("Open…")
         self.check_that_nothing_overlaps("settings")
+        self.close_and_check()
+
+
+class PaintingTest(EndToEndTest):
+    def test_opengl_is_not_emulated(self):
+        """Where no graphics processor is, Qt paints by itself."""
+        window = self.start()
+        self.session.picture("painted")
+        with open(f"/proc/{window.program.process.pid}/maps", encoding="utf-8", errors="replace") as maps:
+            drivers = {line.split("/")[-1].strip() for line in maps if "_dri.so" in line or "libGLX_nvidia" in line}
+        has_processor = bool(glob.glob("/dev/dri/renderD*")) or os.path.exists("/dev/nvidiactl")
+        self.assertEqual(bool(drivers), has_processor, drivers)
         self.close_and_check()
 
 
