@@ -2,8 +2,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <linux/magic.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,6 +16,7 @@
 
 #include "platform/linux/entry_status.h"
 #include "platform/linux/link_resolution.h"
+#include "platform/linux/local_file_system.h"
 
 namespace dunmere {
 
@@ -194,14 +193,8 @@ void LinuxOpenFolder::addMountTo(LocalMounts& mounts) {
 }
 
 bool LinuxOpenFolder::isLocal() {
-  // In doubt not: that costs a little time, the contrary a frozen window.
-  constexpr auto kLocal =
-      std::to_array<std::uint32_t>({BTRFS_SUPER_MAGIC, EXT4_SUPER_MAGIC, F2FS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC,
-                                    RAMFS_MAGIC, TMPFS_MAGIC, XFS_SUPER_MAGIC});
   const auto pin = descriptor();
-  struct statfs status {};
-  return pin && ::fstatfs(pin->descriptor(), &status) == 0 &&
-         std::ranges::find(kLocal, static_cast<std::uint32_t>(status.f_type)) != kLocal.end();
+  return pin && liesOnLocalFileSystem(pin->descriptor());
 }
 
 }  // namespace dunmere

@@ -16,10 +16,12 @@ struct HeldItem {
   UniqueDescriptor folder;
   std::string name;       ///< within the folder
   UniqueDescriptor item;  ///< the item itself, also when it is a link
+  bool isLocal = false;   ///< lies on a file system that never keeps anybody waiting
 };
 
 /// Holds the item at `url`; links in the folders above are followed. Fails with the system's code (EINVAL for a
-/// relative path or one ending in "." or "..", EBUSY for the root folder, which cannot be moved). Any thread.
+/// relative path or one ending in "." or "..", EBUSY for the root folder, which cannot be moved). May wait for ever
+/// where the file system does not answer. Any thread.
 std::expected<HeldItem, std::error_code> holdItem(const FileUrl& url);
 
 /// Whether the entry `name` of the open folder `folder` is the held item. Fails with the system's code (ENOENT when

@@ -4,15 +4,22 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
+#include <functional>
+#include <future>
+#include <iterator>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "engine/disk_sweeper_scan.h"
 #include "platform/platform_file_system.h"
+#include "platform/trash/trash.h"
 #include "sweeper/disk_sweeper_pane.h"
 #include "tests/platform/folder_contents.h"
+#include "tests/platform/silent_share.h"
 #include "tests/support/child_process.h"
 #include "tests/support/fake_desktop.h"
 #include "tests/support/main_thread_queue.h"
@@ -141,6 +148,28 @@ TEST_F(DeadShareTest, PaneGoesOnWhileItsScanHangsAndTheProgramMayQuit) {
     }
     EXPECT_TRUE(pane.showsStatusStrip());
     // Leaves with the scan still hanging: the parent sees the process end.
+  });
+}
+
+TEST_F(DeadShareTest, WhatLiesInItStaysAndTheTrashAsksOnce) {
+  expect([this](World& world) {
+    Trash trash(*world.files);
+    for (int i = 0; i < kOften; ++i) EXPECT_EQ(errorOf(trash.hold(tree.url("share/item"))->moveToTrash()), ETIMEDOUT);
+    EXPECT_LT(threads(), kFew);
+  });
+}
+
+TEST_F(DeadShareTest, WhatWasHeldBeforeItsShareFellSilentStays) {
+  tree.folder("second share");
+  expect([this](World& world) {
+    SilentShare& share = *new SilentShare(tree.path("second share"), tree.path("fuse 2"));
+    Trash trash(*world.files);
+    const auto moved = trash.hold(tree.url("second share/item"))->moveToTrash();
+    EXPECT_EQ(errorOf(moved), ENOTSUP) << "it answered";
+    const auto held = trash.hold(tree.url("second share/item"));
+    share.fallSilent();
+    for (int i = 0; i < kOften; ++i) EXPECT_EQ(errorOf(held->moveToTrash()), ETIMEDOUT);
+    EXPECT_LT(threads(), kFew);
   });
 }
 
