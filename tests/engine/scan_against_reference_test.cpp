@@ -238,9 +238,8 @@ void compareOneTree(std::uint64_t seed) {
 }
 
 TEST(ScanAgainstReference, EverySnapshotOfRandomTreesAgrees) {
-  constexpr std::uint64_t kTrees = 3000;
   const std::uint64_t first = firstSeed();
-  for (std::uint64_t seed = first; seed < first + kTrees; ++seed) {
+  for (std::uint64_t seed = first; seed < first + static_cast<std::uint64_t>(rounds(3000)); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     compareOneTree(seed);
     if (testing::Test::HasFatalFailure()) return;

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <deque>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
@@ -90,7 +91,6 @@ struct Holdings {
 
 class AbandonedSweeps : public ::testing::Test {
  protected:
-  /// Never destroyed: a scan that a failed test leaves behind may go on.
   struct World {
     explicit World(const FileUrl& root) : fileSystem(root) {}
     HurriedFileSystem fileSystem;
@@ -98,6 +98,12 @@ class AbandonedSweeps : public ::testing::Test {
     MainThreadQueue mainThread;
     bool pendingGoToDrives = false;
   };
+
+  /// Never destroyed: a scan that a failed test leaves behind may go on.
+  static World& makeWorld(const FileUrl& root) {
+    static auto& worlds = *new std::deque<World>();
+    return worlds.emplace_back(root);
+  }
 
   AbandonedSweeps() {
     std::thread([] {}).join();  // with the first thread a sanitizer starts one of its own, which stays
@@ -187,7 +193,7 @@ class AbandonedSweeps : public ::testing::Test {
   }
 
   TemporaryTree tree_{fastFolder()};
-  World& world_ = *new World(tree_.url());
+  World& world_ = makeWorld(tree_.url());
   std::mt19937_64 random_{firstSeed()};
   std::unique_ptr<DiskSweeperPane> pane_;
   std::ptrdiff_t mostThreads_ = 0;
@@ -198,7 +204,7 @@ TEST_F(AbandonedSweeps, AtAnyMomentThousandsOfTimesLeaveNothingBehind) {
   actOften(500);
   ASSERT_TRUE(waitForEndOfScans(atFirst));
   const Holdings warm;
-  actOften(10'000);
+  actOften(static_cast<int>(rounds(10'000)));
   ASSERT_TRUE(waitForEndOfScans(atFirst));
   EXPECT_GT(mostThreads_, atFirst.threads + 10);  // or there was nothing to abandon
   expectNothingLeftSince(warm);

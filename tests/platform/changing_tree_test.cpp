@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -175,15 +174,10 @@ class ChangingTree : public ::testing::Test {
   std::multimap<std::string, std::int64_t> staying_;
 };
 
-std::int64_t wantedChanges() {
-  const char* const wanted = std::getenv("DUNMERE_TEST_CHANGES");
-  return wanted != nullptr ? std::stoll(wanted) : 1'000'000;
-}
-
 TEST_F(ChangingTree, ScansEndInsideAndAddUpAndCountOnceWhatStays) {
   constexpr int kThreads = 2;
   const std::uint64_t seed = firstSeed();
-  std::atomic<std::int64_t> left = wantedChanges();
+  std::atomic<std::int64_t> left = rounds(1'000'000);
   std::vector<std::unique_ptr<Churn>> churns;
   std::vector<std::jthread> threads;
   for (int i = 0; i < kThreads; ++i) {

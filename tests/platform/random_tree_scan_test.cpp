@@ -163,7 +163,7 @@ void expectTreesAgree(const std::string& parent, std::uint64_t trees) {
 }
 
 TEST(RandomTreeScan, TreesInMemoryWithMountsAndClosedFoldersAddUp) {
-  expectTreesAgree(fastFolder(), 1000);
+  expectTreesAgree(fastFolder(), rounds(1000));
 }
 
 TEST(RandomTreeScan, TreesOnTheDiskWithMountsAndClosedFoldersAddUp) {

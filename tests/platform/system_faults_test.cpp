@@ -48,6 +48,10 @@ FileSystem* fileSystem() {
   return files;
 }
 
+ScanResult scan(FileSystem& files, const FileUrl& root, unsigned readers) {
+  return DiskSweeperScan::runProgressiveScan(files, root, [](const SweepInventory&) {}, {.readers = readers}).get();
+}
+
 class SystemFaults : public ::testing::Test {
  protected:
   SystemFaults() {
@@ -63,11 +67,7 @@ class SystemFaults : public ::testing::Test {
     fullCount = countedIn(full);
   }
 
-  /// Ends for the scan's own thread before it returns.
-  ScanResult scan(unsigned readers) {
-    return DiskSweeperScan::runProgressiveScan(*files, tree.url(), [](const SweepInventory&) {}, {.readers = readers})
-        .get();
-  }
+  ScanResult scan(unsigned readers) { return test::scan(*files, tree.url(), readers); }
 
   /// Fails the first, second ... call in turn until a run has none so late any more. `check` gets what came out; none
   /// when the memory ran out before a thread could take over.
@@ -186,12 +186,16 @@ TEST_F(SystemFaults, MissingThreadsCostNothingButTheScansOwn) {
   });
 }
 
-TEST_F(SystemFaults, UserWithoutFurtherThreadsIsTold) {
-  const ChildResult result = runUnprivileged([this] {
+// Not after a scan of the test's own, of whose thread something may still be left.
+TEST(WithoutThreads, ScanAndListingSaySo) {
+  const TemporaryTree tree;
+  FileSystem& files = *fileSystem();
+  const ChildResult result = runUnprivileged([&] {
     const rlimit none{0, 0};
     EXPECT_EQ(::setrlimit(RLIMIT_NPROC, &none), 0);
-    EXPECT_EQ(errorOf(scan(3)), EAGAIN);
-    EXPECT_EQ(errorOf(DiskSweeperScan::columnChildren(*files, tree.url(), full)), EAGAIN);
+    EXPECT_EQ(errorOf(scan(files, tree.url(), 3)), EAGAIN);
+    EXPECT_EQ(errorOf(DiskSweeperScan::columnChildren(files, tree.url(), SweepInventory::emptyFor(tree.url()))),
+              EAGAIN);
     return 0;
   });
   EXPECT_EQ(result.exitCode, 0) << result.output;

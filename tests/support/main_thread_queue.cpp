@@ -5,10 +5,9 @@
 namespace dunmere::test {
 
 void MainThreadQueue::post(std::function<void()> work) {
-  {
-    const std::lock_guard lock(mutex_);
-    queue_.push_back(std::move(work));
-  }
+  // Told under the lock: once the work has run, nobody may look at this queue any more, and it may go.
+  const std::lock_guard lock(mutex_);
+  queue_.push_back(std::move(work));
   posted_.notify_one();
 }
 

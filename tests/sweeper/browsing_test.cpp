@@ -104,7 +104,7 @@ TEST_F(Browsing, SnapshotReplacesInventoryCountersAndStatus) {
 }
 
 TEST_F(Browsing, StatusCountsFilesInPlainDigits) {
-  for (int i = 0; i < 1234; ++i) fileSystem_.addFile("/many/" + std::to_string(i), 1'000'000);
+  for (int i = 0; i < 1234; ++i) fileSystem_.addFile("/many/files/" + std::to_string(i), 1'000'000);
   fileSystem_.addFile("/many/last/file", 0);
   world_.holdScansAt("/many/last");
   pane().beginBrowsing(FileUrl("/many"));
