@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "platform/posix/unique_descriptor.h"
+#include "tests/support/random_seed.h"
 
 namespace dunmere::test {
 
@@ -88,7 +89,9 @@ void longPaths(const TemporaryTree& tree) {
   tree.chain("", 40, std::string(255, 'n'), 3);
 }
 
-constexpr int kWide = 1'000'000;
+std::int64_t wideEntries() {
+  return rounds(1'000'000);
+}
 
 void wide(const TemporaryTree& tree) {
   constexpr int kDifferent = 100;
@@ -97,7 +100,7 @@ void wide(const TemporaryTree& tree) {
   for (int i = 0; i < kDifferent; ++i) tree.file("files/" + std::to_string(i), static_cast<std::size_t>(i) * 1000);
   const UniqueDescriptor files = openFolder(AT_FDCWD, tree.path("files").c_str());
   const UniqueDescriptor folder = openFolder(AT_FDCWD, tree.path("wide").c_str());
-  for (int i = 0; i < kWide; ++i) {
+  for (std::int64_t i = 0; i < wideEntries(); ++i) {
     const std::string file = std::to_string(i % kDifferent);
     const std::string entry = "entry " + std::to_string(i);
     check(::linkat(files.get(), file.c_str(), folder.get(), entry.c_str(), 0) == 0, entry);
@@ -293,7 +296,7 @@ const std::vector<HostileTree>& hostileTrees() {
       {.name = "hardLinks", .build = hardLinks, .fileCount = 102},
       {.name = "deep", .build = deep, .fileCount = 2, .isLarge = true},
       {.name = "longPaths", .build = longPaths, .fileCount = 0},
-      {.name = "wide", .build = wide, .fileCount = kWide + 100, .isLarge = true},
+      {.name = "wide", .build = wide, .fileCount = wideEntries() + 100, .isLarge = true},
       {.name = "wideInFolders", .build = wideInFolders, .fileCount = 1, .isLarge = true},
       {.name = "oddlyNamed", .build = oddlyNamed, .fileCount = 2 * odd},
       {.name = "packages", .build = packages, .fileCount = inNoPackages + 1},

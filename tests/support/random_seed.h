@@ -18,8 +18,8 @@ inline std::uint64_t firstSeed() {
   return seed;
 }
 
-/// How many rounds: `usual` ones, or of these the per cent in the environment variable DUNMERE_TEST_PERCENT, which may
-/// be less where everything is slow, or more than a hundred. At least one.
+/// How many rounds, or entries: `usual` ones, or of these the per cent in the environment variable
+/// DUNMERE_TEST_PERCENT, which may be less where everything is slow, or more than a hundred. At least one.
 inline std::int64_t rounds(std::int64_t usual) {
   const char* const percent = std::getenv("DUNMERE_TEST_PERCENT");
   return percent == nullptr ? usual : std::max<std::int64_t>(1, usual * std::stoll(percent) / 100);
