@@ -6,6 +6,8 @@
 #include <system_error>
 #include <utility>
 
+#include "engine/sizes_on_disk.h"
+
 namespace dunmere {
 
 namespace {
@@ -45,7 +47,7 @@ std::expected<void, SweepError> ColumnListing::listOpen(FileSystem& fileSystem, 
   const bool looksAtAll = isFirst || !isSameScan || inventory.scanComplete;
   const FileSystem::Instant now = fileSystem.now();
   looksAtAll ? rounds_.begin(entries_.size(), now) : rounds_.goOn(now);
-  std::vector<RowPosition> changed = updateFacts(RowFactFinder(inventory, folder), isFirst, looksAtAll);
+  std::vector<RowPosition> changed = updateFacts(folder, inventory, isFirst);
   const bool partialMark = !inventory.scanComplete || inventory.hadReadErrors;
   if (changed.empty() && partialMark == partialMark_) return {};
   partialMark_ = partialMark;
@@ -83,30 +85,34 @@ bool ColumnListing::updateCounted(const SweepInventory& inventory) {
   return isSameScan;
 }
 
-/// Whether what the entry shows is known without a look at the disk.
-bool ColumnListing::isSettled(std::size_t position) const {
-  switch (entries_.kind(position)) {
-    case EntryKind::regularFile:
-      return counted_[position].has_value();
-    case EntryKind::symbolicLink:
-      return false;
-    case EntryKind::folder:
-    case EntryKind::other:
-      return true;
-  }
-  std::unreachable();
+bool ColumnListing::isUncountedFile(std::size_t position) const {
+  return entries_.kind(position) == EntryKind::regularFile && !counted_[position];
+}
+
+/// Whether the row's facts would need a look at the disk, and it is not its turn for that.
+bool ColumnListing::mayKeepFacts(std::size_t position) const {
+  return (isUncountedFile(position) || entries_.kind(position) == EntryKind::symbolicLink) &&
+         !rounds_.includes(position);
 }
 
 /// The rows that have other facts than before; the first time these are all.
-std::vector<RowPosition> ColumnListing::updateFacts(RowFactFinder finder, bool isFirst, bool looksAtAll) {
+std::vector<RowPosition> ColumnListing::updateFacts(OpenFolder& folder, const SweepInventory& inventory, bool isFirst) {
+  std::vector<RowPosition> files;
+  for (RowPosition position = 0; position < facts_.size(); ++position) {
+    if (isUncountedFile(position) && rounds_.includes(position)) files.push_back(position);
+  }
+  const std::vector<std::int64_t> sizes = sizesOnDisk(folder, entries_, files);
+
+  RowFactFinder finder(inventory, folder);
   std::vector<RowPosition> changed;
-  if (isFirst) changed.reserve(facts_.size());
-  for (std::size_t position = 0; position < facts_.size(); ++position) {
-    if (!looksAtAll && !rounds_.includes(position) && !isSettled(position)) continue;
-    const RowFacts facts = finder.factsOf(entries_.name(position), entries_.kind(position), counted_[position]);
+  std::size_t nextFile = 0;
+  for (RowPosition position = 0; position < facts_.size(); ++position) {
+    if (mayKeepFacts(position)) continue;
+    const auto bytes = isUncountedFile(position) ? sizes[nextFile++] : counted_[position];
+    const RowFacts facts = finder.factsOf(entries_.name(position), entries_.kind(position), bytes);
     if (!isFirst && facts == facts_[position]) continue;
     facts_[position] = facts;
-    changed.push_back(static_cast<RowPosition>(position));
+    changed.push_back(position);
   }
   return changed;
 }

@@ -42,8 +42,9 @@ class ColumnListing {
                                            const SweepInventory& inventory, Rows& rows);
   void begin(const FileUrl& parent, Rows& rows);
   bool updateCounted(const SweepInventory& inventory);
-  bool isSettled(std::size_t position) const;
-  std::vector<RowPosition> updateFacts(RowFactFinder finder, bool isFirst, bool looksAtAll);
+  bool isUncountedFile(std::size_t position) const;
+  bool mayKeepFacts(std::size_t position) const;
+  std::vector<RowPosition> updateFacts(OpenFolder& folder, const SweepInventory& inventory, bool isFirst);
   void make(Rows& rows) const;
   void arrange(const std::vector<RowPosition>& before, Rows& rows) const;
   void showFacts(Rows& rows) const;
@@ -52,7 +53,7 @@ class ColumnListing {
   std::uint64_t edition_ = 0;
   ListedEntries entries_;
   CountedChildren children_;
-  std::vector<RowFactFinder::Counted> counted_;  // by position, as are the facts
+  std::vector<RowFactFinder::Bytes> counted_;  // by position, as are the facts
   std::vector<RowFacts> facts_;
   LookRounds rounds_;
   RowOrder order_;

@@ -116,10 +116,10 @@ class OpenFolder {
   /// once more within the same tick of the clock.
   virtual std::optional<FolderStamp> stamp() { return std::nullopt; }
 
-  /// Asks for the sizes that readEntries() left open in one of its batches. A file whose sizes cannot be read (it may
-  /// just have vanished) gets the kind `other`. Fails when the folder itself is out of reach. Only with
-  /// EntryDetail::sizes; nothing needs doing where the directory read tells the sizes too.
-  virtual std::expected<void, SweepError> measure(EntryBatch&) { return {}; }
+  /// Asks for the sizes that `batch`, which holds names of this folder, leaves open for regular files. One whose sizes
+  /// cannot be read (it may just have vanished), or that is no regular file any more, gets the kind `other`. Fails when
+  /// the folder itself is out of reach. As it stands here, asks for attributes() one by one.
+  virtual std::expected<void, SweepError> measure(EntryBatch& batch);
 
   /// Opens the folder `name` inside this one for EntryDetail::sizes; a symbolic link is never followed.
   virtual std::expected<std::shared_ptr<OpenFolder>, SweepError> openChild(std::string_view name) = 0;

@@ -15,9 +15,11 @@
 
 namespace dunmere {
 
-/// Entries keep the order in which the folder was read. One thread at a time.
+/// Entries keep the order in which the folder was read. One thread at a time; name() and kind() also several.
 class ListedEntries {
  public:
+  using Position = std::uint32_t;  ///< place in the folder, counted from 0
+
   /// Reads the folder to its end, unless its stamp proves that it is as it was. Whether the entries are now others than
   /// before. After a failure the next call reads the folder in any case.
   std::expected<bool, SweepError> read(OpenFolder& folder);
@@ -39,7 +41,6 @@ class ListedEntries {
     friend bool operator==(const Entry&, const Entry&) = default;
   };
 
-  using Position = std::uint32_t;
   static constexpr std::size_t kKinds = 4;
 
   std::optional<std::size_t> inTable(std::string_view name);

@@ -8,6 +8,7 @@ namespace dunmere {
 void LookRounds::begin(std::size_t rows, FileSystem::Instant now) {
   *this = {};
   rows_ = rows;
+  count_ = rows;
   last_ = now;
 }
 

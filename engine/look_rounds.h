@@ -16,7 +16,7 @@ class LookRounds {
   /// How far apart the snapshots of a slow scan are: a fast one need not know more of the disk than that.
   static constexpr FileSystem::Instant kRound = std::chrono::milliseconds(350);
 
-  /// All rows have just been looked at.
+  /// Begins anew: it is the turn of all rows.
   void begin(std::size_t rows, FileSystem::Instant now);
 
   /// Goes on to the rows whose turn it is now.

@@ -4,33 +4,27 @@
 
 namespace dunmere {
 
-RowFacts RowFactFinder::factsOf(std::string_view name, EntryKind kind, const Counted& counted) {
+RowFacts RowFactFinder::factsOf(std::string_view name, EntryKind kind, const Bytes& bytes) {
   switch (kind) {
     case EntryKind::symbolicLink:
-      return linkFacts(name, counted);
+      return linkFacts(name, bytes);
     case EntryKind::folder:
-      return {true, false, counted.value_or(0)};
+      return {true, false, bytes.value_or(0)};
     case EntryKind::regularFile:
-      // The scan's own answer spares a column of counted files every look at the disk.
-      return {false, false, counted ? *counted : bytesOnDisk(name)};
+      return {false, false, bytes.value_or(0)};
     case EntryKind::other:
       return {};
   }
   std::unreachable();
 }
 
-std::int64_t RowFactFinder::bytesOnDisk(std::string_view name) {
-  const auto attributes = folder_.attributes(name);
-  return attributes && attributes->kind == EntryKind::regularFile ? attributes->countedBytes() : 0;
-}
-
-RowFacts RowFactFinder::linkFacts(std::string_view name, const Counted& counted) {
+RowFacts RowFactFinder::linkFacts(std::string_view name, const Bytes& ofName) {
   const LinkTarget target = folder_.resolveLink(name);
   RowFacts facts{false, true, 0};
   if (!target.attributes) return facts;
   // The target's own entry or, should the link's name have been a file or folder when it was scanned, the name's.
   const auto ofTarget = linkTargets_.find(target.url.key());
-  const Counted& bytes = ofTarget ? ofTarget : counted;
+  const Bytes& bytes = ofTarget ? ofTarget : ofName;
   switch (target.attributes->kind) {
     case EntryKind::folder:
       facts.isDirectory = true;

@@ -19,20 +19,19 @@ struct RowFacts {
   friend bool operator==(const RowFacts&, const RowFacts&) = default;
 };
 
-/// Finds out the facts of a folder's entries: by what the inventory counted, else, and only for files, by what the disk
-/// says now. The arguments must outlive it. One thread.
+/// Finds out the facts of a folder's entries. The arguments must outlive it. One thread.
 class RowFactFinder {
  public:
-  using Counted = std::optional<std::int64_t>;  ///< bytes that the inventory counted for an entry's own key
+  using Bytes = std::optional<std::int64_t>;
 
   RowFactFinder(const SweepInventory& inventory, OpenFolder& folder)
       : folder_(folder), linkTargets_(inventory.pathBytes) {}
 
-  RowFacts factsOf(std::string_view name, EntryKind kind, const Counted& counted);
+  /// `bytes` are what the inventory counted for the entry's own key, else, of a file, what the disk says.
+  RowFacts factsOf(std::string_view name, EntryKind kind, const Bytes& bytes);
 
  private:
-  std::int64_t bytesOnDisk(std::string_view name);
-  RowFacts linkFacts(std::string_view name, const Counted& counted);
+  RowFacts linkFacts(std::string_view name, const Bytes& ofName);
 
   OpenFolder& folder_;
   PathFinder linkTargets_;

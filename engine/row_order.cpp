@@ -20,7 +20,10 @@ class RowOrder::Sorter {
   /// `rows` in ascending positions.
   void sort(std::vector<RowPosition>& rows) {
     const auto sizeOfRow = [this](RowPosition row) { return sizeOf(row); };
-    std::ranges::stable_sort(rows, std::greater(), sizeOfRow);
+    // Rows of one size, as those of a new column often are, need not be sorted by it.
+    if (!std::ranges::is_sorted(rows, std::greater(), sizeOfRow)) {
+      std::ranges::stable_sort(rows, std::greater(), sizeOfRow);
+    }
     for (auto run = rows.begin(); run != rows.end();) {
       const auto end = std::find_if(run, rows.end(), [&](RowPosition row) { return sizeOf(row) != sizeOf(*run); });
       if (end - run > 1) sortByName(run, end);
@@ -52,6 +55,7 @@ class RowOrder::Sorter {
   /// Sorts rows of one size. Only they need keys, which cost more than all the rest of a row.
   void sortByName(RowIterator begin, RowIterator end) {
     const std::vector<RowPosition> unsorted(begin, end);
+    keys_.make(fileSystem_, entries_, unsorted);
     KeyOrder order;
     order.reserve(unsorted.size());
     for (const RowPosition row : unsorted) order.add(keyOf(row));

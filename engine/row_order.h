@@ -14,8 +14,8 @@
 
 namespace dunmere {
 
-/// Names a row by its place in the folder, counted from 0.
-using RowPosition = std::uint32_t;
+/// Names a row by its place in the folder.
+using RowPosition = ListedEntries::Position;
 
 /// Tells the rows of a column apart without comparing names: within one edition the same number is the same row.
 struct RowNumbers {

@@ -48,7 +48,7 @@ std::optional<EntryAttributes> entryStatus(int folder, const char* name) {
 
 std::optional<EntryAttributes> regularFileStatus(int folder, const char* name) {
   struct statx status {};
-  if (!readStatus(folder, name, kSizes, status)) return std::nullopt;
+  if (!readStatus(folder, name, STATX_TYPE | kSizes, status) || !S_ISREG(status.stx_mode)) return std::nullopt;
   return fileAttributes(status);
 }
 

@@ -11,7 +11,7 @@ namespace dunmere {
 /// are read of regular files only. Nothing is opened or mounted; none when the attributes cannot be read. Any thread.
 std::optional<EntryAttributes> entryStatus(int folder, const char* name);
 
-/// The same, for an entry known to be a regular file: asks for its sizes alone.
+/// The same, for an entry that was a regular file; none when it is one no more.
 std::optional<EntryAttributes> regularFileStatus(int folder, const char* name);
 
 /// Identity and time of change of the open folder, whatever the system promises of it.

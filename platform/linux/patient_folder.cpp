@@ -56,19 +56,27 @@ std::expected<Answer, int> PatientFolder::ask(std::function<Answer()> question) 
   return askPatiently<Answer>(url_.bytes(), std::move(question));
 }
 
-std::expected<void, SweepError> PatientFolder::readEntries(EntryBatch& batch) {
+/// Asks for what `fill` makes of `batch`: of a copy, since an answer that comes too late must not find the batch gone.
+std::expected<void, SweepError> PatientFolder::askToFill(Fill fill, EntryBatch& batch) {
   using Answer = std::expected<EntryBatch, SweepError>;
-  if (isLocal_) return folder_->readEntries(batch);
-  // A batch of its own: one that comes too late must not find this one gone.
-  auto answer = patience_.ask<Answer>(url_.bytes(), [folder = folder_]() -> Answer {
-    EntryBatch entries;
-    if (auto read = folder->readEntries(entries); !read) return std::unexpected(std::move(read.error()));
-    return entries;
+  if (isLocal_) return (*folder_.*fill)(batch);
+  auto answer = askPatiently<Answer>(url_.bytes(), [folder = folder_, fill, entries = batch]() mutable -> Answer {
+    if (auto filled = (*folder.*fill)(entries); !filled) return std::unexpected(std::move(filled.error()));
+    return std::move(entries);
   });
   if (!answer) return std::unexpected(failure(url_, answer.error()));
   if (!*answer) return std::unexpected(std::move(answer->error()));
   batch = std::move(**answer);
   return {};
+}
+
+std::expected<void, SweepError> PatientFolder::readEntries(EntryBatch& batch) {
+  batch.clear();
+  return askToFill(&OpenFolder::readEntries, batch);
+}
+
+std::expected<void, SweepError> PatientFolder::measure(EntryBatch& batch) {
+  return askToFill(&OpenFolder::measure, batch);
 }
 
 std::optional<FolderStamp> PatientFolder::stamp() {

@@ -28,6 +28,7 @@ class PatientFolder final : public OpenFolder {
 
   std::expected<void, SweepError> readEntries(EntryBatch& batch) override;
   std::optional<FolderStamp> stamp() override;
+  std::expected<void, SweepError> measure(EntryBatch& batch) override;
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openChild(std::string_view name) override;
   std::optional<EntryAttributes> attributes(std::string_view name) override;
   LinkTarget resolveLink(std::string_view name) override;
@@ -36,6 +37,9 @@ class PatientFolder final : public OpenFolder {
       : patience_(patience), url_(std::move(url)), folder_(std::move(folder)), isLocal_(isLocal) {}
 
  private:
+  using Fill = std::expected<void, SweepError> (OpenFolder::*)(EntryBatch&);
+
+  std::expected<void, SweepError> askToFill(Fill fill, EntryBatch& batch);
   template <typename Answer>
   std::expected<Answer, int> askPatiently(const std::string& place, std::function<Answer()> question);
   template <typename Answer>

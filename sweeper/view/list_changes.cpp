@@ -205,6 +205,9 @@ ListMatch matchNumbers(std::span<const std::uint32_t> oldNumbers, std::span<cons
 }
 
 std::optional<std::vector<ListChange>> listChanges(const ListMatch& match, std::size_t atMost) {
+  // A column that opens: what follows would find the same, but only after giving each row a place.
+  if (match.oldCount == 0 && !match.oldIndex.empty() && atMost > 0)
+    return std::vector{ListChange{ListChange::Kind::insert, 0, match.oldIndex.size(), 0}};
   std::vector<ListChange> changes = removals(match);
   const std::vector<bool> stays = stayingRows(match.oldIndex);
   const std::size_t placements = countPlacements(match, stays);

@@ -71,8 +71,9 @@ class MemoryFileSystem::Folder : public OpenFolder {
     for (std::size_t position = 0; position < batch.size(); ++position) {
       const EntryBatch::Entry& entry = batch.entries()[position];
       if (entry.attributes.kind != EntryKind::regularFile) continue;
+      if (detail_ == EntryDetail::kinds) fileSystem_.attributeReads_.push_back(logged(batch.name(entry)));
       const MemoryNode* node = node_.child(batch.name(entry));
-      const bool isReadable = node && !node->attributesHidden;
+      const bool isReadable = node && !node->attributesHidden && node->attributes.kind == EntryKind::regularFile;
       batch.setAttributes(position, isReadable ? node->attributes : EntryAttributes{.kind = EntryKind::other});
     }
     return {};

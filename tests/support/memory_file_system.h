@@ -58,7 +58,7 @@ class MemoryFileSystem : public FileSystem {
 
   // What was asked of the file system so far.
   std::vector<std::string> openedFolders() const;    ///< every openFolder()/openChild() by path, in order
-  std::vector<std::string> attributeReads() const;   ///< every attributes() by path, in order
+  std::vector<std::string> attributeReads() const;   ///< every entry that a listing asked attributes of, by path
   std::vector<std::string> measuredVolumes() const;  ///< every volumeValues() by path, in order
   int utilityPriorityThreads() const;                ///< calls of enterUtilityPriority()
 

@@ -1,0 +1,40 @@
+#include "engine/in_parallel.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace dunmere {
+
+void inParallel(std::size_t count, const std::function<void(std::size_t)>& work) {
+  std::atomic<std::size_t> next = 0;
+  std::mutex mutex;
+  std::exception_ptr fault;  // under the mutex
+  const auto takeTurns = [&] {
+    try {
+      for (std::size_t number = next++; number < count; number = next++) work(number);
+    } catch (...) {
+      next = count;
+      const std::lock_guard lock(mutex);
+      fault = std::current_exception();
+    }
+  };
+  std::vector<std::thread> others;
+  const std::size_t threads = std::min<std::size_t>(count, std::thread::hardware_concurrency());
+  if (threads > 1) {
+    try {
+      others.reserve(threads - 1);
+      while (others.size() < threads - 1) others.emplace_back(takeTurns);
+    } catch (const std::system_error&) {  // the others and this one do it all
+    }
+  }
+  takeTurns();
+  for (std::thread& other : others) other.join();
+  if (fault) std::rethrow_exception(fault);
+}
+
+}  // namespace dunmere
