@@ -1,8 +1,9 @@
 // window_probe: measures one thing in the application's real window and prints it as JSON.
 //
-//   first-frame              when the first frame was on the screen, in nanoseconds of the monotonic clock
-//   sweep ROOT [NAME...]     frames of the window at rest and while it sweeps ROOT; each NAME is a folder to open in
-//                            one more column as soon as the sweep has begun
+//   first-frame              when the first frame was on the screen, in nanoseconds of the monotonic clock, and the
+//                            most memory until then, in bytes
+//   sweep ROOT [NAME...]     frames of the window at rest, while it begins a sweep of ROOT and while it sweeps it; each
+//                            NAME is a folder to open in one more column as soon as the sweep has begun
 //   end ROOT [NAME...]       the same sweep in a window that paints only what the sweep changes: when it ends
 //   column ROOT NAME         frames while the folder ROOT/NAME opens, a row in it is selected, and it is listed again
 //
@@ -21,6 +22,7 @@
 #include <vector>
 
 #include "bench/json_text.h"
+#include "bench/peak_memory.h"
 #include "bench/window/frame_recorder.h"
 #include "bench/window/window_run.h"
 #include "engine/file_system.h"
@@ -108,6 +110,7 @@ class Phases {
 void measureFirstFrame(FileSystem& fileSystem, const Options& options, JsonText& json) {
   WindowRun window(fileSystem, options.root, false);
   json.key("firstFrame").integer(std::chrono::nanoseconds(window.frames().firstFrame().time_since_epoch()).count());
+  json.key("peakRssBytes").integer(peakRssBytes().value_or(0));
 }
 
 void measureSweep(FileSystem& fileSystem, const Options& options, JsonText& json) {
