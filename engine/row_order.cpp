@@ -24,11 +24,11 @@ class RowOrder::Sorter {
     if (!std::ranges::is_sorted(rows, std::greater(), sizeOfRow)) {
       std::ranges::stable_sort(rows, std::greater(), sizeOfRow);
     }
-    for (auto run = rows.begin(); run != rows.end();) {
-      const auto end = std::find_if(run, rows.end(), [&](RowPosition row) { return sizeOf(row) != sizeOf(*run); });
-      if (end - run > 1) sortByName(run, end);
-      run = end;
-    }
+    // Only rows of one size need keys, which cost more than all the rest of a row.
+    std::vector<RowPosition> tied;
+    forEachTie(rows, [&tied](RowIterator begin, RowIterator end) { tied.insert(tied.end(), begin, end); });
+    keys_.make(fileSystem_, entries_, tied);
+    forEachTie(rows, [this](RowIterator begin, RowIterator end) { sortByName(begin, end); });
   }
 
   /// The first of the ordered rows that `row` stands before. Looks near `first` first, so that finding the places of
@@ -52,10 +52,17 @@ class RowOrder::Sorter {
   std::int64_t sizeOf(RowPosition row) const { return facts_[row].sizeBytes; }
   std::string_view keyOf(RowPosition row) { return keys_.key(fileSystem_, row, entries_.name(row)); }
 
-  /// Sorts rows of one size. Only they need keys, which cost more than all the rest of a row.
+  /// Calls `act` for each run of several rows of one size.
+  void forEachTie(std::vector<RowPosition>& rows, const std::function<void(RowIterator, RowIterator)>& act) const {
+    for (auto run = rows.begin(); run != rows.end();) {
+      const auto end = std::find_if(run, rows.end(), [&](RowPosition row) { return sizeOf(row) != sizeOf(*run); });
+      if (end - run > 1) act(run, end);
+      run = end;
+    }
+  }
+
   void sortByName(RowIterator begin, RowIterator end) {
     const std::vector<RowPosition> unsorted(begin, end);
-    keys_.make(fileSystem_, entries_, unsorted);
     KeyOrder order;
     order.reserve(unsorted.size());
     for (const RowPosition row : unsorted) order.add(keyOf(row));
