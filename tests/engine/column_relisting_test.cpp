@@ -248,7 +248,8 @@ TEST_F(Relisting, ListsAsAFreshListingWould) {
   std::mt19937_64 random(firstSeed());
   const auto below = [&random](std::size_t bound) { return static_cast<int>(random() % bound); };
   std::vector<SweepInventory> snapshots = {inventory_};
-  for (int step = 0; step < 4'000; ++step) {
+  const std::int64_t steps = rounds(4'000);
+  for (std::int64_t step = 0; step < steps; ++step) {
     const std::string path = "/root/" + std::string(1, static_cast<char>('A' + below(40))) + std::to_string(below(2));
     fileSystem_.setStamps(below(8) != 0);
     try {
