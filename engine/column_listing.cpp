@@ -51,6 +51,7 @@ std::expected<void, SweepError> ColumnListing::listOpen(FileSystem& fileSystem, 
   const bool partialMark = !inventory.scanComplete || inventory.hadReadErrors;
   if (changed.empty() && partialMark == partialMark_) return {};
   partialMark_ = partialMark;
+  ++revision_;
   if (!changed.empty()) {
     const std::vector<RowPosition> before = order_.positions();
     order_.update(fileSystem, entries_, facts_, std::move(changed));

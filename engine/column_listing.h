@@ -33,7 +33,7 @@ class ColumnListing {
 
   /// Of the rows that the last call left. Valid until the next one. Rows have other numbers than before when the folder
   /// has other entries.
-  RowNumbers numbers() const { return {edition_, order_.positions()}; }
+  RowNumbers numbers() const { return {edition_, revision_, order_.positions()}; }
 
  private:
   using Rows = std::vector<SweeperItem>;
@@ -51,6 +51,7 @@ class ColumnListing {
 
   FileUrl parent_;
   std::uint64_t edition_ = 0;
+  std::uint64_t revision_ = 0;
   ListedEntries entries_;
   CountedChildren children_;
   std::vector<RowFactFinder::Bytes> counted_;  // by position, as are the facts

@@ -17,9 +17,11 @@ namespace dunmere {
 /// Names a row by its place in the folder.
 using RowPosition = ListedEntries::Position;
 
-/// Tells the rows of a column apart without comparing names: within one edition the same number is the same row.
+/// Tells the rows of a column apart without comparing names: within one edition the same number is the same row, and
+/// with the same revision all rows are what they were.
 struct RowNumbers {
   std::uint64_t edition = 0;             ///< unique in the process; 0: no numbers
+  std::uint64_t revision = 0;            ///< within the edition
   std::span<const RowPosition> inOrder;  ///< one for each row, from the first row down; each less than their number
 };
 

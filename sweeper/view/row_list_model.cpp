@@ -23,6 +23,8 @@ RowListModel::RowListModel(QObject* parent) : QAbstractListModel(parent) {}
 
 void RowListModel::update(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow,
                           RowNumbers numbers) {
+  const bool isTheSame = numbers.edition != 0 && numbers.edition == edition_ && numbers.revision == revision_;
+  if (isTheSame && selectedRow == selectedRow_) return;
   const ListMatch match = matchNext(items, selectedRow, numbers);
   const std::optional<std::vector<ListChange>> steps = listChanges(match, kMostRowSteps);
   const bool rowsStay = steps && steps->empty();
@@ -58,6 +60,8 @@ ListMatch RowListModel::matchNext(const std::vector<SweeperItem>& items, std::op
     match = matchLists(shown_.names(), next_.names());
   }
   edition_ = numbers.edition;
+  revision_ = numbers.revision;
+  selectedRow_ = selectedRow;
   numbers_.assign(numbers.inOrder.begin(), numbers.inOrder.end());
   return match;
 }

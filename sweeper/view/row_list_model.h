@@ -49,7 +49,8 @@ class RowListModel : public QAbstractListModel {
   explicit RowListModel(QObject* parent = nullptr);
 
   /// Makes the rows those of `items`, which are children of one folder. `selectedRow` is an index into `items`. Rows
-  /// that come with numbers of the same edition as those before are told by these, others by name.
+  /// that come with numbers of the same edition as those before are told by these, others by name; with the same
+  /// revision too nothing but the selection is looked at.
   void update(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow, RowNumbers numbers = {});
 
   int count() const { return static_cast<int>(order_.size()); }
@@ -92,6 +93,8 @@ class RowListModel : public QAbstractListModel {
   ShownRows next_;            // what an update leads to; empty between updates
   std::vector<RowId> order_;  // between updates every row of shown_ in turn
   std::uint64_t edition_ = 0;
+  std::uint64_t revision_ = 0;
+  std::optional<std::size_t> selectedRow_;
   std::vector<RowPosition> numbers_;  // of shown_ in turn, when there is an edition
   QPersistentModelIndex pressedRow_;
   QPersistentModelIndex focusedRow_;

@@ -243,6 +243,26 @@ TEST_F(Relisting, NumbersStayWithTheirRowsUntilTheFolderChanges) {
   EXPECT_NE(listing_.numbers().edition, edition);
 }
 
+TEST_F(Relisting, TheRevisionTellsWhetherAnyRowHasChanged) {
+  fileSystem_.addFile("/root/folder/file", 3);
+  fileSystem_.addFile("/root/file", 2);
+  scan();
+  list();
+  const auto changes = [this] {
+    const std::uint64_t before = listing_.numbers().revision;
+    list();
+    return listing_.numbers().revision != before;
+  };
+  EXPECT_FALSE(changes());
+  inventory_.hadReadErrors = true;
+  EXPECT_TRUE(changes());
+  EXPECT_FALSE(changes());
+  fileSystem_.addFile("/root/folder/other", 3);
+  scan();
+  EXPECT_TRUE(changes());
+  EXPECT_FALSE(changes());
+}
+
 // Whatever happens to the folder and to the scan, in steps between two listings.
 TEST_F(Relisting, ListsAsAFreshListingWould) {
   std::mt19937_64 random(firstSeed());
@@ -284,7 +304,12 @@ TEST_F(Relisting, ListsAsAFreshListingWould) {
     }
     if (below(50) == 0) inventory_.hadReadErrors = true;
     fileSystem_.advanceClock(LookRounds::kRound);
+    const Rows before = rows_;
+    const std::uint64_t edition = listing_.numbers().edition;
+    const std::uint64_t revision = listing_.numbers().revision;
     ASSERT_EQ(list(), listAnew()) << "step " << step;
+    const bool isSameRevision = listing_.numbers().edition == edition && listing_.numbers().revision == revision;
+    ASSERT_TRUE(rows_ == before || !isSameRevision) << "step " << step;
   }
 }
 

@@ -299,7 +299,7 @@ TEST(RowListModel, RowsToldByNumbersMoveAsRowsToldByNames) {
     std::map<std::string, QPersistentModelIndex> held;
     for (int row = 0; row < model.count(); ++row)
       held.emplace(text(model, row, RowListModel::NameRole).toStdString(), model.index(row));
-    model.update(items, selected, {edition, numbers});
+    model.update(items, selected, {edition, static_cast<std::uint64_t>(round), numbers});
 
     ASSERT_EQ(view.rows(), rowsOf(items, selected)) << "round " << round;
     for (const auto& [name, index] : held) {
@@ -308,6 +308,20 @@ TEST(RowListModel, RowsToldByNumbersMoveAsRowsToldByNames) {
     }
   }
   EXPECT_EQ(view.resets, 0);
+}
+
+TEST(RowListModel, RowsOfTheSameRevisionAreTheSameButForTheSelection) {
+  RowListModel model;
+  const Items items = {file("a", 3), file("b", 2)};
+  const std::vector<RowPosition> numbers = {0, 1};
+  model.update(items, 0, {1, 1, numbers});
+  ShadowView view(model);
+  model.update({}, 0, {1, 1, {}});
+  EXPECT_EQ(view.rows(), rowsOf(items, 0)) << "not looked at";
+  model.update(items, 1, {1, 1, numbers});
+  EXPECT_EQ(view.rows(), rowsOf(items, 1));
+  model.update({}, {}, {1, 2, {}});
+  EXPECT_EQ(model.count(), 0);
 }
 
 }  // namespace
