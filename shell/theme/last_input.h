@@ -12,7 +12,8 @@ class LastInput : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_SINGLETON
-  Q_PROPERTY(bool isKeyboard READ isKeyboard NOTIFY isKeyboardChanged FINAL)  ///< false before the first input
+  /// False before the first input. A modifier alone is none.
+  Q_PROPERTY(bool isKeyboard READ isKeyboard NOTIFY isKeyboardChanged FINAL)
 
  public:
   explicit LastInput(QObject* parent = nullptr);
