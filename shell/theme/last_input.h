@@ -12,7 +12,7 @@ class LastInput : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_SINGLETON
-  /// False before the first input. A modifier alone is none.
+  /// False before the first input. A modifier alone is none, nor is a key typed outside of the views.
   Q_PROPERTY(bool isKeyboard READ isKeyboard NOTIFY isKeyboardChanged FINAL)
 
  public:

@@ -77,17 +77,6 @@ KeyboardTestCase {
         verify(!findChild(item("sweeperColumn0"), "columnFocusRing").visible);
     }
 
-    function test_aModifierHeldForTheMouseShowsNoFocus() {
-        sweep();
-        mouseClick(list(0), 50, 14);
-        for (const key of [Qt.Key_Shift, Qt.Key_Control, Qt.Key_Alt, Qt.Key_Meta]) {
-            keyClick(key);
-            verify(!findChild(list(0).currentItem, "rowFocusRing").visible);
-        }
-        keyClick(Qt.Key_Down, Qt.ShiftModifier);
-        verify(findChild(list(0).currentItem, "rowFocusRing").visible);
-    }
-
     function test_theKeyboardReturnsToTheTrashButtonAfterTheQuestion() {
         sweep();
         press(Qt.Key_Down);

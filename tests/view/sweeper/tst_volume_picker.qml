@@ -152,7 +152,7 @@ TestCase {
         const ring = item("volumeListFocusRing");
         verify(!ring.visible);
         item("volumeList").forceActiveFocus();
-        keyClick(Qt.Key_Shift);
+        keyClick(Qt.Key_A);
         verify(ring.visible);
         keyClick(Qt.Key_Down);
         verify(!ring.visible);

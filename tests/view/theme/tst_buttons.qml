@@ -213,7 +213,7 @@ Rectangle {
             verify(!secondary.activeFocus);
             secondary.forceActiveFocus();
             verify(!ring.visible);
-            keyClick(Qt.Key_Shift);
+            keyClick(Qt.Key_A);
             verify(ring.visible);
         }
 
