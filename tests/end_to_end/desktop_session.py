@@ -239,19 +239,24 @@ class DesktopSession:
         matches = name if callable(name) else lambda text: text == name
         wait_for(f"{role} to go away", lambda: not self.all_seen(role, matches, inside))
 
-    def listen(self, event):
-        """Returns a function that gives what has been told by such events since: names and details, oldest first."""
+    def wait_for_news(self, event, act, expected):
+        """Waits until such an event has told what is expected, a name and a detail, after act() is called.
+
+        Without keys: each would be offered to the listener, which does not answer.
+        """
         from gi.repository import GLib
         told = []
-        self.listener = self.atspi.EventListener.new(lambda news: told.append((news.source.get_name(), news.detail1)))
-        self.listener.register(event)
+        listener = self.atspi.EventListener.new(lambda news: told.append((news.source.get_name(), news.detail1)))
 
-        def news():
+        def has_told():
             while GLib.MainContext.default().iteration(False):
                 pass
-            return told
+            return expected in told
 
-        return news
+        listener.register(event)
+        act()
+        wait_for(f"{event} of {expected}", has_told)
+        listener.deregister(event)
 
     def place(self, thing):
         """Its rectangle on the screen: x, y, width, height in pixels."""
