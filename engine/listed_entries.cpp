@@ -8,13 +8,14 @@ std::expected<bool, SweepError> ListedEntries::read(OpenFolder& folder) {
   const std::optional<FolderStamp> stamp = folder.stamp();
   if (stamp && stamp == stamp_) return false;
   stamp_.reset();
-  std::string names;
+  std::vector<char> names;
   std::vector<Entry> entries;
   EntryBatch batch;
   do {
     if (auto result = folder.readEntries(batch); !result) return std::unexpected(std::move(result.error()));
     for (const EntryBatch::Entry& entry : batch.entries()) {
-      names += batch.name(entry);
+      const std::string_view name = batch.name(entry);
+      names.insert(names.end(), name.begin(), name.end());
       entries.push_back({names.size(), entry.attributes.kind});
     }
   } while (!batch.empty());
@@ -29,7 +30,7 @@ std::expected<bool, SweepError> ListedEntries::read(OpenFolder& folder) {
 
 std::string_view ListedEntries::name(std::size_t position) const {
   const std::size_t begin = position == 0 ? 0 : entries_[position - 1].nameEnd;
-  return std::string_view(names_).substr(begin, entries_[position].nameEnd - begin);
+  return std::string_view(names_.data() + begin, entries_[position].nameEnd - begin);
 }
 
 std::optional<std::size_t> ListedEntries::find(std::string_view name, EntryKind kind) {

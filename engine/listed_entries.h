@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <expected>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -45,7 +44,7 @@ class ListedEntries {
 
   std::optional<std::size_t> inTable(std::string_view name);
 
-  std::string names_;  // of all entries, side by side
+  std::vector<char> names_;  // of all entries, side by side; no string, whose bytes may move along with it
   std::vector<Entry> entries_;
   std::array<std::size_t, kKinds> next_{};                 // by kind: where the name is expected
   std::unordered_map<std::string_view, Position> byName_;  // empty until it is needed

@@ -9,6 +9,7 @@
 
 #include "engine/column_listing.h"
 #include "engine/disk_sweeper_scan.h"
+#include "tests/engine/column_rows.h"
 #include "tests/engine/scan_results.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/print_values.h"
@@ -114,6 +115,15 @@ TEST_F(Relisting, CountedFilesAreNotLookedAtOnTheDiskButOthersAreEveryTime) {
   EXPECT_EQ(fileSystem_.attributeReads(), (std::vector<std::string>{"/root/new", "/root/new"}));
   fileSystem_.addFile("/root/new", 9);
   EXPECT_EQ(list().front().sizeBytes, 9);
+}
+
+TEST_F(Relisting, ASpecialFileStaysARowOfZeroThatNobodyLooksAt) {
+  fileSystem_.addOther("/root/pipe");
+  const Rows first = list();
+  scan();
+  EXPECT_EQ(list(), first);
+  EXPECT_EQ(rowOf(rows_, "pipe"), (SweeperItem{FileUrl("/root/pipe"), "pipe", false, 0, false, false}));
+  EXPECT_EQ(fileSystem_.attributeReads(), std::vector<std::string>());
 }
 
 TEST_F(Relisting, WhileAScanGoesOnFilesAndLinksAreLookedAtInTurn) {

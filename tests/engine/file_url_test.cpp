@@ -95,6 +95,10 @@ TEST(FileUrl, TheParentClimbEndsAtTheRoot) {
   }
 }
 
+TEST(FileUrl, ANameAloneHasNoParent) {
+  EXPECT_EQ(FileUrl("a").deletingLastPathComponent(), FileUrl());
+}
+
 TEST(FileUrl, AppendingPutsExactlyOneSlashBetween) {
   EXPECT_EQ(FileUrl("/").appending("a"), FileUrl("/a"));
   EXPECT_EQ(FileUrl("/a").appending("b"), FileUrl("/a/b"));

@@ -27,6 +27,14 @@ TEST_P(ReadAheadWith, FoldersComeDepthFirstWithTheirFilesBeforeTheirFolders) {
             (Lines{": 3 6", "  b: 2", "    x: 1 7", "  a:", "    y: 4", "    z: 5", "  c: 8"}));
 }
 
+TEST_P(ReadAheadWith, EndOfTheTreeStaysTheEnd) {
+  MemoryFileSystem fileSystem;
+  fileSystem.addFile("/r/a/1", 1);
+  ReadAhead readAhead(fileSystem, open(fileSystem, "/r"), GetParam());
+  while (const auto folder = readAhead.nextFolder()) takeFolder(readAhead, *folder);
+  for (int again = 0; again < 3; ++again) EXPECT_FALSE(readAhead.nextFolder());
+}
+
 TEST_P(ReadAheadWith, EmptyRootIsOneFolder) {
   MemoryFileSystem fileSystem;
   fileSystem.addFolder("/r");
