@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <random>
 #include <set>
 #include <string>
@@ -24,7 +25,7 @@ class KeyCountingFileSystem : public MemoryFileSystem {
     ++madeKeys;
     return MemoryFileSystem::nameSortKey(name);
   }
-  int madeKeys = 0;
+  std::atomic<int> madeKeys = 0;  // many are made on several threads
 };
 
 /// The column of /root, as a window keeps it.
@@ -64,7 +65,7 @@ class Relisting : public testing::Test {
   SweepInventory inventory_ = SweepInventory::emptyFor(FileUrl("/root"));
   ColumnListing listing_;
   Rows rows_;
-  int reads_ = 0;
+  std::atomic<int> reads_ = 0;  // a scan reads on several threads
 };
 
 TEST_F(Relisting, AFolderThatIsProvablyTheSameIsNotReadAgain) {
