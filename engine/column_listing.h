@@ -21,7 +21,7 @@ namespace dunmere {
 /// What a column keeps from one listing to the next. The rows are those of a fresh listing every time; but a folder
 /// that provably holds the same names is not read again, a row is made only once, what was counted is taken over from
 /// one snapshot of a scan to the next, and only rows whose size has changed are sorted. Files that are not counted yet,
-/// and links, have to be looked at on the disk: while a scan goes on each of them at least every LookRounds::kRound,
+/// and links, have to be looked at on the disk: while a scan goes on each of them in its turn (LookRounds),
 /// afterwards every time. One thread at a time; for one and the same FileSystem.
 class ColumnListing {
  public:

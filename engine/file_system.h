@@ -91,6 +91,7 @@ struct LinkTarget {
 
 /// Tells one state of a folder's entries from another.
 struct FolderStamp {
+  std::uint64_t mount = 0;  ///< where its file system is mounted
   std::uint64_t device = 0;
   std::uint64_t folder = 0;             ///< its number on the device
   std::chrono::nanoseconds changed{0};  ///< when it was last changed, by the system's clock

@@ -4,13 +4,11 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 namespace dunmere {
 
-void inParallel(std::size_t count, const std::function<void(std::size_t)>& work) {
+void inParallel(std::size_t count, const std::function<void(std::size_t)>& work, std::size_t threads) {
   std::atomic<std::size_t> next = 0;
   std::mutex mutex;
   std::exception_ptr fault;  // under the mutex
@@ -24,13 +22,9 @@ void inParallel(std::size_t count, const std::function<void(std::size_t)>& work)
     }
   };
   std::vector<std::thread> others;
-  const std::size_t threads = std::min<std::size_t>(count, std::thread::hardware_concurrency());
-  if (threads > 1) {
-    try {
-      others.reserve(threads - 1);
-      while (others.size() < threads - 1) others.emplace_back(takeTurns);
-    } catch (const std::system_error&) {  // the others and this one do it all
-    }
+  try {
+    for (std::size_t thread = 1; thread < std::min(count, threads); ++thread) others.emplace_back(takeTurns);
+  } catch (const std::exception&) {  // no thread, or no memory for one: those that run and this one do it all
   }
   takeTurns();
   for (std::thread& other : others) other.join();

@@ -10,7 +10,8 @@ namespace dunmere {
 
 /// Goes round all rows once in kRound, a part of the way at each listing: all of them when listings are further apart
 /// than that, few when they follow each other fast. So however many rows there are, looking at them takes a bounded
-/// part of the time, and no row is older than one round. One thread.
+/// part of the time, and no row is older than one round and the time between two listings. One
+/// thread.
 class LookRounds {
  public:
   /// How far apart the snapshots of a slow scan are: a fast one need not know more of the disk than that.

@@ -13,6 +13,9 @@ namespace dunmere {
 
 namespace {
 
+/// The kernel's, from statx(2). Debian 12's headers are older.
+constexpr unsigned kUniqueMountNumber = 0x4000;
+
 constexpr unsigned kSizes = STATX_BLOCKS | STATX_SIZE;
 
 bool readStatus(int folder, const char* name, unsigned mask, struct statx& status) {
@@ -52,11 +55,19 @@ std::optional<EntryAttributes> regularFileStatus(int folder, const char* name) {
   return fileAttributes(status);
 }
 
+std::optional<std::uint64_t> uniqueMountNumber(int descriptor) {
+  struct statx status {};
+  if (!readStatus(descriptor, "", kUniqueMountNumber, status)) return std::nullopt;
+  return (status.stx_mask & kUniqueMountNumber) != 0 ? std::optional<std::uint64_t>(status.stx_mnt_id) : std::nullopt;
+}
+
 std::optional<FolderStamp> folderStamp(int folder) {
   struct statx status {};
   constexpr unsigned kMask = STATX_INO | STATX_CTIME;
-  if (!readStatus(folder, "", kMask, status) || (status.stx_mask & kMask) != kMask) return std::nullopt;
+  const bool isRead = readStatus(folder, "", kMask | STATX_MNT_ID | kUniqueMountNumber, status);
+  if (!isRead || (status.stx_mask & kMask) != kMask) return std::nullopt;
   return FolderStamp{
+      .mount = status.stx_mnt_id,
       .device = ::gnu_dev_makedev(status.stx_dev_major, status.stx_dev_minor),
       .folder = status.stx_ino,
       .changed = std::chrono::seconds(status.stx_ctime.tv_sec) + std::chrono::nanoseconds(status.stx_ctime.tv_nsec)};

@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <mutex>
 #include <set>
-#include <utility>
 
 namespace dunmere {
 
-/// Asking a file system what it is may take as long as any other question to it, so the answer is kept. Thread-safe.
+/// Asking a file system what it is may take as long as any other question to it, so the answer is kept. Before
+/// Linux 6.8 nothing is: a mount's number may then be used again at once, even for a share. Thread-safe.
 class LocalMounts {
  public:
   /// Whether the open file or folder, of any kind of descriptor, lies on a mount that was added. Waits for nothing.
@@ -18,14 +18,8 @@ class LocalMounts {
   void add(int descriptor);
 
  private:
-  /// Device and mount number. Before Linux 6.8 the system may use both again, at the earliest for a mount that is made
-  /// when this one is gone; a new one of another kind with both of them is not expected.
-  using Mount = std::pair<std::uint64_t, std::uint64_t>;
-
-  static bool read(int descriptor, Mount& mount);
-
   mutable std::mutex mutex_;
-  std::set<Mount> mounts_;
+  std::set<std::uint64_t> mounts_;  // by numbers that are never used again
 };
 
 }  // namespace dunmere

@@ -237,6 +237,19 @@ TEST_F(Relisting, CountsOfAnotherScanDoNotStay) {
   EXPECT_EQ(list().front().sizeBytes, 0);
 }
 
+TEST_F(Relisting, GoesOnWhereTheListingWasMovedTo) {
+  fileSystem_.addFile("/root/a/file", 7);
+  fileSystem_.addFile("/root/b/file", 8);
+  list();
+  for (int move = 0; move < 2; ++move) {
+    ColumnListing moved = std::move(listing_);
+    listing_ = std::move(moved);
+    scan();
+    EXPECT_EQ(list(), listAnew());
+    fileSystem_.addFile("/root/a/other", 9);
+  }
+}
+
 TEST_F(Relisting, NumbersStayWithTheirRowsUntilTheFolderChanges) {
   fileSystem_.addFile("/root/a", 3);
   fileSystem_.addFile("/root/b", 2);

@@ -41,7 +41,7 @@ class FolderStampTest : public testing::Test {
     EXPECT_NE(*before, *after);
   }
 
-  TemporaryTree tree;
+  TemporaryTree tree{fastFolder()};
   std::unique_ptr<FileSystem> files = makePlatformFileSystem();
 };
 
@@ -79,6 +79,20 @@ TEST_F(FolderStampTest, AnotherFolderInItsPlaceHasAnother) {
   tree.rename("folder", "former");
   tree.rename("other", "folder");
   EXPECT_NE(stamp(), before);
+}
+
+TEST_F(FolderStampTest, AnotherMountInItsPlaceHasAnother) {
+  const auto result = runWithOwnMounts([this] {
+    const std::string disk = tree.path("folder");
+    EXPECT_EQ(::mount(disk.c_str(), disk.c_str(), nullptr, MS_BIND, nullptr), 0);
+    letTimePass();
+    const auto before = stamp();
+    EXPECT_TRUE(before);
+    EXPECT_EQ(::mount(disk.c_str(), disk.c_str(), nullptr, MS_BIND, nullptr), 0);  // the same folder, once more
+    EXPECT_NE(stamp(), before);
+    return 0;
+  });
+  EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
 TEST_F(FolderStampTest, FileSystemsThatMayKnowOfChangesTooLateGiveNone) {

@@ -1,6 +1,7 @@
 // A folder that is listed again and again asks no other thread once its file system is known to answer.
 #include "platform/linux/patient_folder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 
@@ -8,6 +9,7 @@
 #include <chrono>
 #include <future>
 
+#include "platform/linux/entry_status.h"
 #include "tests/platform/folder_contents.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_tree.h"
@@ -34,7 +36,12 @@ class PatientFolderTest : public testing::Test {
     ASSERT_FALSE(asked);
   }
 
-  TemporaryTree tree;
+  bool mountsHaveUniqueNumbers() const {
+    const UniqueDescriptor place(::open(tree.path().c_str(), O_PATH));
+    return uniqueMountNumber(place.get()).has_value();
+  }
+
+  TemporaryTree tree{fastFolder()};
   FolderDescriptors descriptors{8};
   Patience patience{std::chrono::milliseconds(500)};  // enough for the questions that are answered, however busy
   LocalMounts mounts;
@@ -48,6 +55,10 @@ TEST_F(PatientFolderTest, OnAKnownMountIsOpenedAtOnce) {
   auto folder = open(tree.url("folder"));
   // The system knows no way for certain while something anywhere is being renamed, as other tests do all the time.
   for (int attempt = 1; !folder && attempt < 1000; ++attempt) folder = open(tree.url("folder"));
+  if (!mountsHaveUniqueNumbers()) {
+    EXPECT_FALSE(folder) << "a mount that is not known for certain";
+    return;
+  }
   ASSERT_TRUE(folder);
   EXPECT_TRUE((*folder)->attributes("file"));
 }
