@@ -200,7 +200,9 @@ int makeAndCheck(const HostileTree& hostile, const TemporaryTree& tree) {
 }
 
 void makeAndCheckIn(const std::string& parent, const HostileTree& hostile) {
-  const TemporaryTree tree(parent);
+  // In a folder of its own: a link to the parent must not lead where others make and remove files meanwhile.
+  const TemporaryTree room(parent);
+  const TemporaryTree tree(room.path());
   const ChildResult result = runWithOwnMounts([&] { return makeAndCheck(hostile, tree); });
   EXPECT_EQ(result.exitCode, 0) << result.output;
 }
