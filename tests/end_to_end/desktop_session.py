@@ -294,11 +294,6 @@ class DesktopSession:
         names = [action.get_action_name(index) for index in range(action.get_n_actions())]
         action.do_action(names.index("Press"))
 
-    def press_close_button(self, frame):
-        """The window manager's, at the right end of the bar above the frame."""
-        box = self._resting_place(frame)
-        self._xdotool("mousemove", str(box.x + box.width - 9), str(box.y - 10), "click", "1")
-
     def scroll_down(self, thing, notches):
         """Turns the wheel towards the user, with the pointer over the middle of the thing."""
         box = self._resting_place(thing)

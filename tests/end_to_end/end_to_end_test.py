@@ -299,23 +299,6 @@ class LongColumnTest(EndToEndTest):
         return [row.split(", ")[0] for row in self.window.rows("disk")]
 
 
-class ChooserTest(EndToEndTest):
-    def test_the_window_does_not_close_behind_the_folder_chooser(self):
-        """As on every desktop a window waits for its modal dialog; afterwards it closes as ever."""
-        window = self.start()
-        window.press("Open Folder…")
-        self.session.see("dialog", starting_with("Choose a folder to sweep"))
-        frame = self.session.see("frame", "Dunmere")
-        self.session.press_close_button(frame)
-        # The keys still go to the chooser, and the window is as it was.
-        self.session.keys("Escape")
-        self.session.gone("dialog", starting_with("Choose a folder to sweep"))
-        window.button("Open Folder…")
-        self.session.press_close_button(frame)
-        self.assertEqual(window.wait_for_exit(), 0)
-        self.assertEqual(window.complaints(), [])
-
-
 class CloseTest(EndToEndTest):
     ROUNDS = 5
 
