@@ -98,7 +98,7 @@ class PackageTest(unittest.TestCase):
         self.assertEqual({name for name in names_in("Depends") if name.startswith("qml6-")}, wanted)
 
     def test_scripts_install_what_the_package_asks_for(self):
-        with open(os.path.join(PROJECT, "scripts", "packages"), encoding="utf-8") as file:
+        with open(os.path.join(PROJECT, "scripts", "packages", "application"), encoding="utf-8") as file:
             installed = {line.strip() for line in file if not line.startswith("#")}
         wanted = {name for name in names_in("Depends") if name.startswith("qml6-")} | names_in("Recommends")
         self.assertIn("qt6-wayland", wanted)
