@@ -25,8 +25,8 @@ SweepInventory scan(RegularFileSystem& fileSystem, DiskSweeperScan::UpdateCallba
 void scanOfMillionFiles(benchmark::State& state) {
   RegularFileSystem fileSystem({.levels = 5, .foldersPerFolder = 9, .filesPerFolder = 15});
   for (auto _ : state) {
-    const SweepInventory inventory = scan(
-        fileSystem, [](const SweepInventory&) {}, static_cast<unsigned>(state.range(0)));
+    const SweepInventory inventory =
+        scan(fileSystem, [](const SweepInventory&) {}, static_cast<unsigned>(state.range(0)));
     if (inventory.fileCount != fileSystem.fileCount()) state.SkipWithError("the scan lost files");
   }
   state.SetItemsProcessed(state.iterations() * fileSystem.fileCount());
@@ -53,8 +53,7 @@ BENCHMARK(publicationAfterEveryFile)->Unit(benchmark::kMillisecond)->UseRealTime
 void columnOfHundredThousandEntries(benchmark::State& state) {
   constexpr std::int64_t kEntries = 100'000;
   RegularFileSystem fileSystem({.levels = 0, .foldersPerFolder = 0, .filesPerFolder = kEntries});
-  const SweepInventory inventory = scan(
-      fileSystem, [](const SweepInventory&) {}, 0);
+  const SweepInventory inventory = scan(fileSystem, [](const SweepInventory&) {}, 0);
   for (auto _ : state) {
     const auto column = DiskSweeperScan::columnChildren(fileSystem, FileUrl("/"), inventory);
     if (!column || column->size() != kEntries) state.SkipWithError("the column lost entries");

@@ -40,7 +40,7 @@ struct Options {
 
 struct OptionRule {
   std::string_view flag;
-  std::int64_t Options::*value;
+  std::int64_t Options::* value;
   std::int64_t least;
   std::int64_t most;
 };

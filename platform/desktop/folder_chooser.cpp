@@ -54,7 +54,7 @@ void placeAboveActiveWindow(QFileDialog& dialog) {
 std::optional<FileUrl> folderAt(const QString& text) {
   if (text.contains(QChar::ReplacementCharacter)) return std::nullopt;
   const std::string bytes = QFile::encodeName(text).toStdString();
-  struct stat status {};
+  struct stat status{};
   if (stat(bytes.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return std::nullopt;
   return FileUrl(bytes);
 }

@@ -42,7 +42,7 @@ EntryAttributes fileAttributes(const struct statx& status) {
 }  // namespace
 
 std::optional<EntryAttributes> entryStatus(int folder, const char* name) {
-  struct statx status {};
+  struct statx status{};
   if (!readStatus(folder, name, STATX_TYPE | kSizes, status)) return std::nullopt;
   const EntryKind kind = kindOfMode(status.stx_mode);
   if (kind == EntryKind::regularFile) return fileAttributes(status);
@@ -50,19 +50,19 @@ std::optional<EntryAttributes> entryStatus(int folder, const char* name) {
 }
 
 std::optional<EntryAttributes> regularFileStatus(int folder, const char* name) {
-  struct statx status {};
+  struct statx status{};
   if (!readStatus(folder, name, STATX_TYPE | kSizes, status) || !S_ISREG(status.stx_mode)) return std::nullopt;
   return fileAttributes(status);
 }
 
 std::optional<std::uint64_t> uniqueMountNumber(int descriptor) {
-  struct statx status {};
+  struct statx status{};
   if (!readStatus(descriptor, "", kUniqueMountNumber, status)) return std::nullopt;
   return (status.stx_mask & kUniqueMountNumber) != 0 ? std::optional<std::uint64_t>(status.stx_mnt_id) : std::nullopt;
 }
 
 std::optional<FolderStamp> folderStamp(int folder) {
-  struct statx status {};
+  struct statx status{};
   constexpr unsigned kMask = STATX_INO | STATX_CTIME;
   const bool isRead = readStatus(folder, "", kMask | STATX_MNT_ID | kUniqueMountNumber, status);
   if (!isRead || (status.stx_mask & kMask) != kMask) return std::nullopt;

@@ -26,7 +26,7 @@ std::optional<std::string> pathOfDescriptor(int descriptor) {
   if (length <= 0 || path.front() != '/') return std::nullopt;
   path.resize(static_cast<std::size_t>(length));
   // The system marks the former path of a deleted file; a file may also be called so.
-  struct stat status {};
+  struct stat status{};
   const bool isDeleted = path.ends_with(" (deleted)") && ::fstat(descriptor, &status) == 0 && status.st_nlink == 0;
   return isDeleted ? std::nullopt : std::optional(path);
 }

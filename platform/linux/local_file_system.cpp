@@ -14,7 +14,7 @@ bool liesOnLocalFileSystem(int descriptor) {
   constexpr auto kLocal =
       std::to_array<std::uint32_t>({BTRFS_SUPER_MAGIC, EXT4_SUPER_MAGIC, F2FS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC,
                                     RAMFS_MAGIC, TMPFS_MAGIC, XFS_SUPER_MAGIC});
-  struct statfs status {};
+  struct statfs status{};
   return ::fstatfs(descriptor, &status) == 0 &&
          std::ranges::find(kLocal, static_cast<std::uint32_t>(status.f_type)) != kLocal.end();
 }

@@ -13,7 +13,7 @@ namespace dunmere {
 namespace {
 
 std::optional<dev_t> deviceNumber(const std::string& path) {
-  struct stat status {};
+  struct stat status{};
   if (::stat(path.c_str(), &status) != 0 || !S_ISBLK(status.st_mode)) return std::nullopt;
   return status.st_rdev;
 }

@@ -9,7 +9,7 @@
 namespace dunmere {
 
 std::expected<VolumeReading, int> readVolume(const std::string& path, const std::string& device) {
-  struct statvfs space {};
+  struct statvfs space{};
   if (::statvfs(path.c_str(), &space) != 0) return std::unexpected(errno);
   const auto bytes = [&space](fsblkcnt_t blocks) { return static_cast<std::int64_t>(blocks * space.f_frsize); };
   return VolumeReading{.label = labelOfDevice(device),

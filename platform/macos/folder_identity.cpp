@@ -5,7 +5,7 @@
 namespace dunmere {
 
 std::optional<FolderIdentity> folderIdentity(int descriptor) {
-  struct stat status {};
+  struct stat status{};
   if (::fstat(descriptor, &status) != 0) return std::nullopt;
   return FolderIdentity{static_cast<std::uint64_t>(status.st_dev), status.st_ino};
 }

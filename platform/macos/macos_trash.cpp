@@ -27,7 +27,7 @@ struct ItemIdentity {
 };
 
 std::expected<ItemIdentity, int> identityAt(const std::string& path) {
-  struct stat status {};
+  struct stat status{};
   if (::lstat(path.c_str(), &status) != 0) return std::unexpected(errno);
   return ItemIdentity{.device = status.st_dev,
                       .inode = status.st_ino,

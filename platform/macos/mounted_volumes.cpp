@@ -41,7 +41,7 @@ std::expected<std::vector<MountedVolume>, int> mountedVolumes() {
 }
 
 std::expected<MountedVolume, int> volumeOf(const std::string& path) {
-  struct statfs status {};
+  struct statfs status{};
   if (::statfs(path.c_str(), &status) != 0) return std::unexpected(errno);
   return volumeFrom(status);
 }

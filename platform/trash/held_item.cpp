@@ -52,8 +52,8 @@ std::expected<HeldItem, std::error_code> holdItem(const FileUrl& url) {
 
 std::expected<bool, std::error_code> isHeldItem(const HeldItem& held, const UniqueDescriptor& folder,
                                                 const std::string& name) {
-  struct stat item {};
-  struct stat entry {};
+  struct stat item{};
+  struct stat entry{};
   if (fstat(held.item.get(), &item) != 0) return std::unexpected(systemCode(errno));
   if (fstatat(folder.get(), name.c_str(), &entry, AT_SYMLINK_NOFOLLOW) != 0) {
     return std::unexpected(systemCode(errno));
@@ -67,8 +67,8 @@ std::expected<bool, std::error_code> isHeldItem(const HeldItem& held, const Uniq
 std::expected<std::string, std::error_code> currentPath(const UniqueDescriptor& folder) {
   auto path = kernelPath(folder);
   if (!path) return path;
-  struct stat there {};
-  struct stat here {};
+  struct stat there{};
+  struct stat here{};
   const bool reached = path->starts_with('/') && stat(path->c_str(), &there) == 0 && fstat(folder.get(), &here) == 0 &&
                        isSame(there, here);
   if (!reached) return std::unexpected(systemCode(ENOENT));

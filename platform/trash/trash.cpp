@@ -30,7 +30,7 @@ std::error_code renameOntoNothing(const UniqueDescriptor& fromFolder, const std:
   if (renameat2(fromFolder.get(), from.c_str(), toFolder.get(), to.c_str(), RENAME_NOREPLACE) == 0) return {};
   if (errno != EINVAL) return systemCode(errno);
   // A file system that knows only the plain rename. It is used on names that nobody else has reason to take.
-  struct stat taken {};
+  struct stat taken{};
   if (fstatat(toFolder.get(), to.c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0) return systemCode(EEXIST);
   if (renameat(fromFolder.get(), from.c_str(), toFolder.get(), to.c_str()) == 0) return {};
   return systemCode(errno);

@@ -34,7 +34,7 @@ struct Volume {
 };
 
 Found<Volume> volumeOf(const UniqueDescriptor& folder) {
-  struct statx status {};
+  struct statx status{};
   if (statx(folder.get(), "", AT_EMPTY_PATH, STATX_MNT_ID, &status) != 0) return failure(errno);
   const std::uint64_t device = (std::uint64_t{status.stx_dev_major} << 32) | status.stx_dev_minor;
   return Volume{status.stx_mnt_id, device};
@@ -61,7 +61,7 @@ std::error_code withoutTrash(std::error_code code) {
 }
 
 bool isOwnOn(const Volume& volume, const UniqueDescriptor& trash) {
-  struct stat status {};
+  struct stat status{};
   return fstat(trash.get(), &status) == 0 && status.st_uid == geteuid() && volumeOf(trash) == volume;
 }
 
@@ -102,8 +102,8 @@ Found<UniqueDescriptor> topOf(const Volume& volume, const UniqueDescriptor& fold
   while (top) {
     auto above = openFolder(top->get(), "..");
     if (!above) return above;
-    struct stat here {};
-    struct stat there {};
+    struct stat here{};
+    struct stat there{};
     if (fstat(top->get(), &here) != 0 || fstat(above->get(), &there) != 0) return failure(errno);
     const bool isRoot = here.st_ino == there.st_ino && here.st_dev == there.st_dev;
     const auto volumeAbove = volumeOf(*above);
@@ -118,7 +118,7 @@ Found<UniqueDescriptor> topOf(const Volume& volume, const UniqueDescriptor& fold
 Found<UniqueDescriptor> openShared(const Volume& volume, const UniqueDescriptor& top) {
   const auto shared = openFolder(top.get(), ".Trash", O_NOFOLLOW);
   if (!shared) return failure(ENOTSUP);
-  struct stat status {};
+  struct stat status{};
   // Without the sticky bit anybody could take another one's folder away.
   if (fstat(shared->get(), &status) != 0 || (status.st_mode & S_ISVTX) == 0) return failure(ENOTSUP);
   auto trash = ensureFolder(*shared, std::to_string(geteuid()));

@@ -67,7 +67,7 @@ std::map<std::string, Entry> plainListing(const std::string& path) {
   while (const dirent* entry = ::readdir(stream)) {
     const std::string name = entry->d_name;
     if (name == "." || name == "..") continue;
-    struct stat target {};
+    struct stat target{};
     const bool isKnown = ::fstatat(folder.get(), entry->d_name, &target, 0) == 0;
     const bool isDirectory = isKnown ? S_ISDIR(target.st_mode) : entry->d_type == DT_DIR;
     entries[name] = {isDirectory, entry->d_type == DT_LNK};

@@ -37,7 +37,7 @@ TEST(LinuxVolumes, RootIsMountedOnceAndMeasured) {
   EXPECT_EQ(std::ranges::count(mountedPaths(*files), "/"), 1);
   const auto values = files->volumeValues(FileUrl("/"));
   ASSERT_TRUE(values);
-  struct statvfs space {};
+  struct statvfs space{};
   ASSERT_EQ(::statvfs("/", &space), 0);
   EXPECT_EQ(values->totalBytes, static_cast<std::int64_t>(space.f_blocks * space.f_frsize));
   EXPECT_GT(values->availableBytes, 0);
@@ -62,7 +62,7 @@ TEST(LinuxVolumes, FolderIsMeasuredByTheVolumeItLiesOn) {
   const auto files = makePlatformFileSystem();
   const auto values = files->volumeValues(tree.url());
   ASSERT_TRUE(values);
-  struct statvfs space {};
+  struct statvfs space{};
   ASSERT_EQ(::statvfs(tree.path().c_str(), &space), 0);
   EXPECT_EQ(values->totalBytes, static_cast<std::int64_t>(space.f_blocks * space.f_frsize));
 }
@@ -134,7 +134,7 @@ TEST(LinuxVolumes, ChangedRootIsOfferedThoughTheTableDoesNotListIt) {
   tree.folder("proc");
   tree.folder("home");
   const auto result = runWithOwnMounts([&tree] {
-    struct statvfs space {};
+    struct statvfs space{};
     if (::statvfs(tree.path().c_str(), &space) != 0) return 3;
     if (::mount("/proc", tree.path("proc").c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0) return 4;
     if (::chroot(tree.path().c_str()) != 0) return 5;

@@ -44,7 +44,7 @@ class MacosFileSystemTest : public ::testing::Test {
     ::close(descriptor);
   }
   std::int64_t allocatedBytes(const std::string& name) const {
-    struct stat status {};
+    struct stat status{};
     EXPECT_EQ(::lstat((folder / name).c_str(), &status), 0);
     return std::int64_t{512} * status.st_blocks;
   }

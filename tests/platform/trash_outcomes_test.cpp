@@ -76,8 +76,7 @@ class TrashOutcomes : public TrashRoom {
   void letAnybodyUseHome() const { ASSERT_EQ(chmod(home().c_str(), 0777), 0); }
 
   /// Moves the item while `meanwhile` runs between the question and its answer, and tells what became of it.
-  std::string move(
-      const std::string& item, const std::function<void()>& meanwhile = [] {}) {
+  std::string move(const std::string& item, const std::function<void()>& meanwhile = [] {}) {
     const UniqueDescriptor witness(open(item.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     const auto held = Trash(fileSystem).hold(FileUrl(item));
     meanwhile();

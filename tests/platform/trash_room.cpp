@@ -90,7 +90,7 @@ std::string linkTargetOf(const std::string& path) {
 }
 
 bool isThere(const std::string& path) {
-  struct stat status {};
+  struct stat status{};
   return lstat(path.c_str(), &status) == 0;
 }
 

@@ -241,7 +241,7 @@ TEST_F(TrashMove, AMissingTrashIsMadeForItsUserAlone) {
     umask(0);
     ASSERT_EQ(moveToTrash(path("file")), 0);
     for (const std::string& folder : {dataHome(), trash(), files(), trash() + "/info"}) {
-      struct stat status {};
+      struct stat status{};
       ASSERT_EQ(stat(folder.c_str(), &status), 0);
       EXPECT_EQ(status.st_mode & 0777, 0700U) << folder;
     }

@@ -39,7 +39,7 @@ TEST(VolumeLabel, OnlyBlockDevicesHaveLabels) {
 std::vector<std::string> twoDevicesOfTheMachine() {
   std::map<dev_t, std::string> devices;
   for (const auto& entry : std::filesystem::directory_iterator("/dev")) {
-    struct stat status {};
+    struct stat status{};
     const std::string path = entry.path().native();
     if (::stat(path.c_str(), &status) == 0 && S_ISBLK(status.st_mode)) devices.emplace(status.st_rdev, path);
   }

@@ -63,7 +63,7 @@ class Walk {
       if (!isPackageName(name)) levels_.back().foldersLeft.push_back(name);
       return;
     }
-    struct stat status {};
+    struct stat status{};
     if (::fstatat(folder_.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISREG(status.st_mode)) return;
     const std::int64_t size = std::int64_t{512} * status.st_blocks;
     ++count.fileCount;

@@ -179,7 +179,7 @@ void TemporaryTree::chain(std::string_view relative, std::size_t depth, std::str
 }
 
 std::int64_t TemporaryTree::allocatedBytes(std::string_view relative) const {
-  struct stat status {};
+  struct stat status{};
   check(::lstat(path(relative).c_str(), &status) == 0, path(relative));
   return static_cast<std::int64_t>(status.st_blocks) * 512;
 }

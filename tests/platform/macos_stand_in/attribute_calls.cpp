@@ -52,7 +52,7 @@ int answer(const RecordFields& fields, void* buffer, std::size_t size) {
 }
 
 RecordFields recordOfEntry(int folder, const char* name, const attrlist& list) {
-  struct stat status {};
+  struct stat status{};
   RecordFields fields;
   if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
     fields = recordOf(status, list);
@@ -85,7 +85,7 @@ bool isRequest(const attrlist& list, bool isBulk) {
 
 int getattrlistbulk(int folder, void* list, void* buffer, std::size_t size, std::uint64_t) {
   const auto& request = *static_cast<const attrlist*>(list);
-  struct stat status {};
+  struct stat status{};
   if (!isRequest(request, true) || ::fstatat(folder, ".", &status, 0) != 0) return -1;  // must be searchable
   int count = 0;
   auto* free = static_cast<std::byte*>(buffer);
@@ -119,7 +119,7 @@ int getattrlistat(int folder, const char* path, void* list, void* buffer, std::s
   if (!isRequest(request, false)) return -1;
   const bool isFollowed = (options & FSOPT_NOFOLLOW) == 0;
   const UniqueDescriptor entry(::openat(folder, path, O_PATH | O_CLOEXEC | (isFollowed ? 0 : O_NOFOLLOW)));
-  struct stat status {};
+  struct stat status{};
   if (!entry || ::fstat(entry.get(), &status) != 0) return -1;
   RecordFields fields = recordOf(status, request);
   if ((request.commonattr & ATTR_CMN_FULLPATH) && !(fields.fullPath = pathOf(entry.get()))) return -1;
