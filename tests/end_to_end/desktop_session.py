@@ -11,8 +11,14 @@ import subprocess
 import tempfile
 import time
 
+from screen_file import ScreenFile
+
 PATIENCE = 60  # seconds until a wait gives up; far more than anything takes
 SCREEN = "1280x800x24"
+
+
+# Names of roles that a newer accessibility library has changed.
+ROLES = {"push button": "button"}
 
 
 class NotSeen(AssertionError):
@@ -29,6 +35,11 @@ def wait_for(what, condition, seconds=PATIENCE):
         if time.monotonic() > end:
             raise NotSeen(f"waited {seconds} s in vain for {what}")
         time.sleep(0.02)
+
+
+def role_of(thing):
+    name = thing.get_role_name()
+    return ROLES.get(name, name)
 
 
 class Program:
@@ -108,7 +119,8 @@ class DesktopSession:
         os.set_inheritable(writer, True)
         log = os.path.join(self.output, "xvfb.log")
         with open(log, "wb") as output:
-            process = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", SCREEN, "-nolisten", "tcp"],
+            process = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", SCREEN, "-fbdir", self.runtime,
+                                        "-nocursor", "-nolisten", "tcp"],
                                        pass_fds=[writer], stdin=subprocess.DEVNULL, stdout=output, stderr=output)
         os.close(writer)
         self._adopt(process, log)
@@ -152,15 +164,14 @@ class DesktopSession:
 
     # Eyes
 
-    def picture(self, name, window="root"):
-        """Takes a picture of the whole screen, or of one window by its number, and returns its path."""
+    def picture(self, name, of=None):
+        """Takes a picture of the whole screen, or of where one thing is on it, and returns its path."""
         self.pictures += 1
         path = os.path.join(self.output, f"{self.pictures}-{name}.png")
-        subprocess.run(["import", "-silent", "-window", window, path], env=self.environment, check=True)
+        screen = ScreenFile(os.path.join(self.runtime, "Xvfb_screen0"))
+        box = of and self.place(of)
+        screen.save_png(path, *((box.x, box.y, box.width, box.height) if box else (0, 0, screen.width, screen.height)))
         return path
-
-    def picture_of_active_window(self, name):
-        return self.picture(name, self._active_window())
 
     def properties_of_active_window(self):
         """What the program tells the desktop about its window: X11 property names and their values as text."""
@@ -185,7 +196,7 @@ class DesktopSession:
             child = thing.get_child_at_index(index)
             if child is None:
                 continue
-            if child.get_role_name() == role and matches(child.get_name()) and self._shows(child):
+            if role_of(child) == role and matches(child.get_name()) and self._shows(child):
                 yield child
             yield from self._walk(child, role, matches)
 
@@ -268,7 +279,7 @@ class DesktopSession:
 
         def visit(thing, depth):
             thing.clear_cache()
-            lines.append("  " * depth + f"{thing.get_role_name()}: {thing.get_name()!r}")
+            lines.append("  " * depth + f"{role_of(thing)}: {thing.get_name()!r}")
             for index in range(thing.get_child_count()):
                 visit(thing.get_child_at_index(index), depth + 1)
 

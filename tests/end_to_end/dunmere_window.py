@@ -3,7 +3,7 @@ import os
 
 from desktop_session import wait_for
 
-BUTTON = "push button"
+BUTTON = "button"
 TEXT = "label"
 ROW = "list item"
 

@@ -189,7 +189,7 @@ class LargeFontTest(EndToEndTest):
     def boxes(self):
         """What shows something on the window: the rectangle on the screen of each, by name."""
         boxes = {}
-        for role in ("push button", "label", "list item", "heading"):
+        for role in ("button", "label", "list item", "heading"):
             for thing in self.session.all_seen(role, lambda name: name):
                 box = self.session.place(thing)
                 boxes[thing.get_name()] = (box.x, box.y, box.x + box.width, box.y + box.height)

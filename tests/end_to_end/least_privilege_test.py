@@ -58,7 +58,7 @@ class LeastPrivilegeTest(SweepTest):
         self.window.press("Reveal")
         self.ask_for_trash_and_press("Cancel")
         self.ask_for_trash_and_press("Move to Trash")
-        self.session.gone("push button", lambda name: name.startswith(ODD_NAME_SHOWN))
+        self.session.gone("button", lambda name: name.startswith(ODD_NAME_SHOWN))
         self.window.press("Settings")
         self.window.press("Free Space")
         self.window.sweep_folder(self.disk)

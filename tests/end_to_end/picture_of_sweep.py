@@ -25,7 +25,7 @@ def open_largest_folder(window, column):
 
 def take_picture(session, program, folder, picture):
     window = DunmereWindow(session, program)
-    session.see("frame", "Dunmere")
+    frame = session.see("frame", "Dunmere")
     window.sweep_folder(folder)
     column = os.path.basename(folder) or "/"
     window.column(column)
@@ -34,7 +34,7 @@ def take_picture(session, program, folder, picture):
         column = column and open_largest_folder(window, column)
     if column:
         window.column(column)
-    shutil.copyfile(session.picture_of_active_window("sweep"), picture)
+    shutil.copyfile(session.picture("sweep", frame), picture)
     window.close()
     return window.wait_for_exit()
 

@@ -19,12 +19,13 @@ class Photographer:
         self.session = session
         self.folder = folder
         self.window = DunmereWindow(session, program)
+        self.frame = session.see("frame", "Dunmere")
         self.last = None
 
     def picture(self, name):
         """Taken when two in a row are the same: by then everything is drawn."""
         def unchanged():
-            self.last, before = self.session.picture_of_active_window(name), self.last
+            self.last, before = self.session.picture(name, self.frame), self.last
             return before and filecmp.cmp(before, self.last, shallow=False)
 
         self.last = None
