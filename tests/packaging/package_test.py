@@ -69,7 +69,11 @@ class PackageTest(unittest.TestCase):
         # The whole tree, so that the desktop file that the metainfo names is looked for too.
         done = subprocess.run(["appstreamcli", "validate-tree", "--no-net", "--strict", TREE], stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, text=True, check=False)
-        self.assertEqual(done.returncode, 0, done.stdout)
+        # Debian 12's does not know this tag yet; later ones insist on it.
+        complaints = [line for line in re.findall(r"(?m)^ *[EWI]: .*$", done.stdout)
+                      if not line.endswith(": unknown-tag developer")]
+        self.assertEqual(complaints, [])
+        self.assertRegex(done.stdout, "Validation (was successful|failed: infos: 1$)")
 
     def test_lintian_has_nothing_to_say(self):
         self.assertIsQuiet("lintian", "--allow-root", "--fail-on", "error,warning", PACKAGE)
