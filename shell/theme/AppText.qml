@@ -2,6 +2,11 @@ import QtQuick
 
 // A text of the interface: never markup, a fixed line height for its size. `font.pixelSize` is the size in points.
 Text {
+    id: root
+
+    /// Below the text.
+    property int space: 0
+
     textFormat: Text.PlainText
     color: AppTheme.primaryText
     // Also for a text that begins with right-to-left letters.
@@ -9,4 +14,11 @@ Text {
     lineHeightMode: Text.FixedHeight
     lineHeight: AppTheme.lineHeight(font.pixelSize)
     font.pixelSize: 14
+
+    // Qt keeps to a line height between lines only: what a font is higher than its line goes over both edges.
+    onContentSizeChanged: {
+        const surplus = Math.ceil(contentHeight) - lineCount * lineHeight;
+        topPadding = -Math.floor(surplus / 2);
+        bottomPadding = space - Math.ceil(surplus / 2);
+    }
 }

@@ -52,7 +52,7 @@ T.Dialog {
         AppText {
             objectName: "trashConfirmTitle"
             width: root.availableWidth
-            bottomPadding: 8
+            space: 8
             text: root.title
             font.pixelSize: 13
             font.weight: Font.Bold

@@ -14,9 +14,9 @@ Item {
 
     signal pressed
 
-    // Icon and name share a baseline, and the larger icon reaches above the name: by whole points, so that the rows below
-    // are not drawn between pixels.
-    readonly property int iconRise: Math.round(Math.max(0, icon.baselineOffset - nameLabel.baselineOffset))
+    // Icon and name share a baseline, and the larger icon reaches above the name: by what it does with DejaVu, or the row
+    // would be higher with one font than with another.
+    readonly property int iconRise: 6
 
     objectName: "volumeRow" + index
     implicitHeight: 4 + Math.max(iconRise + texts.height, icon.height) + 4
