@@ -12,7 +12,8 @@ import sys
 def main():
     cpack, build, work = sys.argv[1:]
     shutil.rmtree(work, ignore_errors=True)
-    subprocess.run([cpack, "-B", work], cwd=build, check=True)
+    # Whoever builds it may keep the own files from others; who installs it needs them.
+    subprocess.run([cpack, "-B", work], cwd=build, check=True, umask=0o077)
     packages = glob.glob(os.path.join(work, "*.deb"))
     assert len(packages) == 1, packages
     os.symlink(packages[0], os.path.join(work, "package.deb"))

@@ -82,6 +82,11 @@ class PackageTest(unittest.TestCase):
         self.assertEqual(files_below(TREE), FILES)
         self.assertEqual(png_size(os.path.join(TREE, "usr/share/icons/hicolor/128x128/apps/dunmere.png")), (128, 128))
 
+    def test_everyone_may_use_what_it_installs(self):
+        contents = subprocess.run(["dpkg-deb", "--contents", PACKAGE], check=True, stdout=subprocess.PIPE, text=True)
+        rights = {line.split()[0] for line in contents.stdout.splitlines()}
+        self.assertEqual(rights, {"drwxr-xr-x", "-rwxr-xr-x", "-rw-r--r--"}, contents.stdout)
+
     def test_is_what_cmake_installs(self):
         with tempfile.TemporaryDirectory() as prefix:
             subprocess.run([os.environ["CMAKE_COMMAND"], "--install", os.environ["BUILD"], "--prefix", prefix],
