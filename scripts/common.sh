@@ -28,19 +28,19 @@ amount_of() {
 }
 
 install_packages() {
-  local as_root=() by_hand="as root: apt-get update && apt-get install --no-install-recommends $*"
+  local as_root=() by_hand="As root:
+  apt-get update && apt-get install --no-install-recommends $*"
   if [ "$(id -u)" -ne 0 ]; then
-    command -v sudo >/dev/null || die "these packages are missing: $*
-Without sudo this cannot install them. Install them $by_hand"
+    command -v sudo >/dev/null || die "packages are missing, and there is no sudo to install them with. $by_hand"
     as_root=(sudo)
   fi
   say "Missing: $*"
-  "${as_root[@]}" apt-get update </dev/null || die "the lists of packages could not be fetched; try $by_hand"
+  "${as_root[@]}" apt-get update </dev/null || die "the lists of packages could not be fetched. $by_hand"
   say "Installing them, and what they need"
   amount_of "$@"
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get install --yes --no-install-recommends "$@" </dev/null ||
-    die "the packages could not be installed; try $by_hand"
+    die "the packages could not be installed. $by_hand"
 }
 
 # install_missing_packages LIST...: what is missing of these lists of scripts/packages. Asks apt for nothing when nothing

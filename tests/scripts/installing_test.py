@@ -135,7 +135,7 @@ class InstallingTest(unittest.TestCase):
 
     def test_a_failing_apt_ends_it_with_the_command_to_repeat(self):
         told = self.start("run", DISPLAY=":0", APT_RESULT="100")
-        self.assertIn("could not be fetched; try as root: apt-get update", told)
+        self.assertIn("could not be fetched. As root:\n  apt-get update", told)
         self.assertNotIn("cmake --preset", told)
 
     def test_the_application_alone_is_built_without_tests_once_and_for_all_with_them(self):
