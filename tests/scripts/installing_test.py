@@ -10,7 +10,7 @@ import tempfile
 import unittest
 
 PROJECT = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", ".."))
-TOOLS = ["bash", "comm", "dirname", "env", "grep", "mkdir", "sed", "sort", "xargs"]
+TOOLS = ["bash", "comm", "dirname", "env", "grep", "mkdir", "realpath", "sed", "sort", "xargs"]
 
 DPKG_QUERY = """#!/bin/bash
 for package in "${@:3}"; do [[ " $INSTALLED " != *" $package "* ]] || echo "installed $package"; done
@@ -136,6 +136,13 @@ class InstallingTest(unittest.TestCase):
     def test_a_failing_apt_ends_it_with_the_command_to_repeat(self):
         told = self.start("run", DISPLAY=":0", APT_RESULT="100")
         self.assertIn("could not be fetched. As root:\n  apt-get update", told)
+        self.assertNotIn("cmake --preset", told)
+
+    def test_who_may_not_write_here_is_told_so(self):
+        os.remove(os.path.join(self.commands, "mkdir"))
+        self.add_command("mkdir", "#!/bin/bash\nexit 1\n")
+        told = self.start("run", DISPLAY=":0", INSTALLED=" ".join(packages_of("application")), USER_ID="ada")
+        self.assertIn(f"ada may not write to {self.project}/build/release", told)
         self.assertNotIn("cmake --preset", told)
 
     def test_the_application_alone_is_built_without_tests_once_and_for_all_with_them(self):
