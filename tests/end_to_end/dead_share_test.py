@@ -1,6 +1,5 @@
 """The real program on a disk with a share that has stopped answering: the window goes on, and so does its end."""
 import os
-import sys
 import unittest
 
 from dunmere_window import DunmereWindow, starting_with
@@ -8,6 +7,8 @@ from end_to_end_test import BINARY, EndToEndTest, write_file
 
 
 class DeadShareTest(EndToEndTest):
+    needs = EndToEndTest.needs + ["fuse"]
+
     def setUp(self):
         super().setUp()
         write_file(os.path.join(self.disk, "Movies", "trailer.bin"), 50_000)
@@ -17,8 +18,7 @@ class DeadShareTest(EndToEndTest):
         os.symlink("share/below", os.path.join(self.disk, "link"))
 
     def start(self):
-        wrapper = os.path.join(os.path.dirname(os.path.realpath(__file__)), "with_dead_share.py")
-        self.window = DunmereWindow(self.session, BINARY, under=[sys.executable, wrapper, self.share])
+        self.window = DunmereWindow(self.session, BINARY, under=[os.environ["WITH_DEAD_SHARE"], self.share])
         self.window.button("Open Folder…")
         return self.window
 

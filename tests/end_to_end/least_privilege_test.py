@@ -33,6 +33,8 @@ def is_in(path, folder):
 
 
 class LeastPrivilegeTest(SweepTest):
+    needs = SweepTest.needs + ["tracing"]
+
     def setUp(self):
         super().setUp()
         # Beside the swept folder, and reachable from it by names that a walk must not follow.

@@ -1,7 +1,6 @@
 #include "engine/read_ahead.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <new>
@@ -10,6 +9,7 @@
 
 #include "tests/engine/recorded_walk.h"
 #include "tests/support/child_process.h"
+#include "tests/support/machine.h"
 #include "tests/support/memory_file_system.h"
 
 namespace dunmere::test {
@@ -204,11 +204,11 @@ TEST_P(ReadAheadWith, FolderThatCannotBeMeasuredFails) {
 }
 
 TEST(ReadAhead, WalksOnWithoutTheReadersThatCannotBeStarted) {
-  const ChildResult child = runUnprivileged([] {
+  DUNMERE_NEEDS(Feature::threadLimit);
+  const ChildResult child = runInChild([] {
     MemoryFileSystem fileSystem;
     fileSystem.addFile("/r/a/f", 1);
-    const rlimit noMoreThreads = {0, 0};
-    if (setrlimit(RLIMIT_NPROC, &noMoreThreads) != 0) return 3;
+    forbidThreads();
     EXPECT_EQ(walk(fileSystem, "/r", 4), (Lines{":", "  a: f"}));
     EXPECT_EQ(fileSystem.utilityPriorityThreads(), 0);
     return 0;

@@ -1,6 +1,5 @@
 // Scans that meet what cannot be read, or cannot start at all.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <chrono>
 #include <new>
@@ -13,6 +12,7 @@
 #include "engine/disk_sweeper_scan.h"
 #include "tests/engine/scan_recording.h"
 #include "tests/support/child_process.h"
+#include "tests/support/machine.h"
 #include "tests/support/memory_file_system.h"
 
 namespace dunmere::test {
@@ -140,9 +140,9 @@ TEST_F(ScanErrors, ExceptionOfTheReceiverReachesTheCallerInsteadOfEndingTheProgr
 }
 
 TEST_F(ScanErrors, ThreadThatCannotBeStartedIsAnErrorValue) {
-  const ChildResult child = runUnprivileged([this] {
-    const rlimit noMoreThreads = {0, 0};
-    if (setrlimit(RLIMIT_NPROC, &noMoreThreads) != 0) return 3;
+  DUNMERE_NEEDS(Feature::threadLimit);
+  const ChildResult child = runInChild([this] {
+    forbidThreads();
     fileSystem_.addFolder("/r");
     const RecordedScan scan = recordScan(fileSystem_, "/r");
     EXPECT_FALSE(scan.result);

@@ -1,5 +1,5 @@
 // A share that stops answering must not stop the window, nor the quitting; only a scan may wait for it.
-#include "tests/platform/dead_share.h"
+#include "tests/support/dead_share.h"
 
 #include <gtest/gtest.h>
 
@@ -20,9 +20,10 @@
 #include "sweeper/disk_sweeper_pane.h"
 #include "tests/platform/folder_contents.h"
 #include "tests/platform/silent_share.h"
-#include "tests/support/child_process.h"
 #include "tests/support/fake_desktop.h"
+#include "tests/support/machine.h"
 #include "tests/support/main_thread_queue.h"
+#include "tests/support/own_mounts.h"
 #include "tests/support/temporary_tree.h"
 
 namespace dunmere::test {
@@ -61,6 +62,8 @@ class DeadShareTest : public ::testing::Test {
     tree.link("alive", "folder");
     for (int i = 0; i < kLinks; ++i) tree.link("link " + std::to_string(i), "share/" + std::to_string(i));
   }
+
+  void SetUp() override { DUNMERE_NEEDS(Feature::fuse); }
 
   static constexpr int kLinks = 500;
   // Waiting so often would outlast the test's own limit.

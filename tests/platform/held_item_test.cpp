@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "tests/platform/trash_room.h"
+#include "tests/support/machine.h"
 
 namespace dunmere::test {
 namespace {
@@ -73,6 +74,7 @@ TEST_F(HeldItemTest, ADeletedFolderHasNoPath) {
 }
 
 TEST_F(HeldItemTest, AFileOfAnOverlaysLowerLayerIsKnownAfterItsMove) {
+  DUNMERE_NEEDS(Feature::overlayMounts);
   inRoom([&] {
     enterPrivateMounts();
     mountNew(path("elsewhere"), "tmpfs");

@@ -20,6 +20,7 @@
 #include "tests/support/fake_desktop.h"
 #include "tests/support/hostile_trees.h"
 #include "tests/support/inventory_sums.h"
+#include "tests/support/machine.h"
 #include "tests/support/main_thread_queue.h"
 #include "tests/support/plain_count.h"
 
@@ -187,7 +188,7 @@ int checkTree(const HostileTree& hostile, const std::string& root) {
   return 0;
 }
 
-/// Makes the tree below `parent`, with mounts of its own, and checks it there.
+/// Makes the tree and checks it.
 int makeAndCheck(const HostileTree& hostile, const TemporaryTree& tree) {
   hostile.build(tree);
   OpenedFiles opened(hostile.isLarge ? std::vector<std::string>() : plainCount(tree.path()).folders);
@@ -200,10 +201,11 @@ int makeAndCheck(const HostileTree& hostile, const TemporaryTree& tree) {
 }
 
 void makeAndCheckIn(const std::string& parent, const HostileTree& hostile) {
+  if (hostile.needs) DUNMERE_NEEDS(*hostile.needs);
   // In a folder of its own: a link to the parent must not lead where others make and remove files meanwhile.
   const TemporaryTree room(parent);
   const TemporaryTree tree(room.path());
-  const ChildResult result = runWithOwnMounts([&] { return makeAndCheck(hostile, tree); });
+  const ChildResult result = runInChild([&] { return makeAndCheck(hostile, tree); });
   EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
@@ -236,6 +238,7 @@ INSTANTIATE_TEST_SUITE_P(Small, HostileTreeOnDisk, ::testing::ValuesIn(smallTree
 class MadeUpTree : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(MadeUpTree, ScanEndsAndAddsUpAndColumnsAreListed) {
+  if (GetParam() == std::string_view("/sys")) DUNMERE_NEEDS(Feature::sys);
   const ChildResult result = runInChild([] {
     const FileUrl root(GetParam());
     const auto files = makePlatformFileSystem();

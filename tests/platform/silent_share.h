@@ -15,7 +15,7 @@
 #include <string>
 #include <thread>
 
-#include "tests/platform/dead_share.h"
+#include "tests/support/dead_share.h"
 
 namespace dunmere::test {
 

@@ -2,7 +2,6 @@
 #include "tests/support/system_faults.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <atomic>
 #include <cerrno>
@@ -24,6 +23,7 @@
 #include "tests/support/child_process.h"
 #include "tests/support/fake_desktop.h"
 #include "tests/support/inventory_sums.h"
+#include "tests/support/machine.h"
 #include "tests/support/main_thread_queue.h"
 #include "tests/support/print_values.h"
 #include "tests/support/temporary_tree.h"
@@ -191,11 +191,11 @@ TEST_F(SystemFaults, MissingThreadsCostNothingButTheScansOwn) {
 
 // Not after a scan of the test's own, of whose thread something may still be left.
 TEST(WithoutThreads, ScanAndListingSaySo) {
+  DUNMERE_NEEDS(Feature::threadLimit);
   const TemporaryTree tree;
   const auto files = makePlatformFileSystem();  // has not learned yet which folders can be listed without one
-  const ChildResult result = runUnprivileged([&] {
-    const rlimit none{0, 0};
-    EXPECT_EQ(::setrlimit(RLIMIT_NPROC, &none), 0);
+  const ChildResult result = runInChild([&] {
+    forbidThreads();
     EXPECT_EQ(errorOf(scan(*files, tree.url(), 3)), EAGAIN);
     EXPECT_EQ(errorOf(DiskSweeperScan::columnChildren(*files, tree.url(), SweepInventory::emptyFor(tree.url()))),
               EAGAIN);

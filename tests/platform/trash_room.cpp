@@ -19,11 +19,12 @@
 namespace dunmere::test {
 
 TrashRoom::TrashRoom() {
+  umask(022);  // some tests look at it as another user
   std::string pattern = testing::TempDir() + "dunmere-trash-XXXXXX";
   if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no private folder for the test");
   // Without links, since records name the physical place.
   root_ = std::filesystem::canonical(pattern).native();
-  chmod(root_.c_str(), 0755);  // some tests look at it as another user
+  chmod(root_.c_str(), 0755);
   makeFolder(home());
 }
 
@@ -47,15 +48,6 @@ int TrashRoom::moveToTrash(const std::string& itemPath) {
   EXPECT_EQ(moved.error().code.category(), std::generic_category());
   volumeName = moved.error().volumeName;
   return moved.error().code.value();
-}
-
-void TrashRoom::mountVolume(const std::string& name, const std::string& options) const {
-  const std::string layers = path(name + ".layers");
-  for (const std::string& folder : {path(name), layers}) makeFolder(folder);
-  mountNew(layers, "tmpfs", options);
-  for (const char* layer : {"/lower", "/upper", "/work"}) makeFolder(layers + layer);
-  mountNew(path(name), "overlay",
-           "lowerdir=" + layers + "/lower,upperdir=" + layers + "/upper,workdir=" + layers + "/work");
 }
 
 std::string TrashRoom::volumeTrash(const std::string& name) const {

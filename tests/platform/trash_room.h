@@ -9,8 +9,9 @@
 
 #include "engine/file_url.h"
 #include "engine/sweep_error.h"
-#include "tests/platform/child_process.h"
+#include "tests/support/child_process.h"
 #include "tests/support/memory_file_system.h"
+#include "tests/support/own_mounts.h"
 
 namespace dunmere::test {
 
@@ -31,9 +32,7 @@ class TrashRoom : public testing::Test {
   /// Moves the item to the Trash; the code is 0 for a success. `volumeName` is set from a failure.
   int moveToTrash(const std::string& itemPath);
 
-  /// Mounts another volume, empty and with a Trash of its own, on the new folder `name`: a disk for any user who may
-  /// have mounts of his own. `options` are those of the tmpfs below it, which may bound its size.
-  void mountVolume(const std::string& name, const std::string& options = {}) const;
+  /// The Trash of its own of the volume that is mounted on the folder `name`.
   std::string volumeTrash(const std::string& name) const;
 
   std::string volumeName;

@@ -9,6 +9,7 @@
 #include <cstdlib>
 
 #include "tests/platform/trash_room.h"
+#include "tests/support/machine.h"
 
 namespace dunmere::test {
 namespace {
@@ -162,9 +163,10 @@ TEST_F(TrashMove, WhatIsInTheTrashWithoutARecordIsNotReplaced) {
 }
 
 TEST_F(TrashMove, AVolumeApartFromHomeHasATrashOfItsOwn) {
+  DUNMERE_NEEDS(Feature::overlayMounts);
   inRoom([&] {
     enterPrivateMounts();
-    mountVolume("volume");
+    mountVolume(path("volume"));
     makeFolder(path("volume/folder"));
     makeFile(path("volume/folder/file"), "x");
     ASSERT_EQ(moveToTrash(path("volume/folder/file")), 0);
@@ -177,9 +179,10 @@ TEST_F(TrashMove, AVolumeApartFromHomeHasATrashOfItsOwn) {
 }
 
 TEST_F(TrashMove, ASharedTrashOfAVolumeGetsAFolderForTheUser) {
+  DUNMERE_NEEDS(Feature::overlayMounts);
   inRoom([&] {
     enterPrivateMounts();
-    mountVolume("volume");
+    mountVolume(path("volume"));
     makeFile(path("volume/file"), "x");
     makeFolder(path("volume/.Trash"));
     ASSERT_EQ(chmod(path("volume/.Trash").c_str(), 01777), 0);
@@ -190,9 +193,10 @@ TEST_F(TrashMove, ASharedTrashOfAVolumeGetsAFolderForTheUser) {
 }
 
 TEST_F(TrashMove, ASharedTrashThatIsUnsafeIsPassedBy) {
+  DUNMERE_NEEDS(Feature::overlayMounts);
   inRoom([&] {
     enterPrivateMounts();
-    mountVolume("volume");
+    mountVolume(path("volume"));
     makeFolder(path("volume/elsewhere"));
     ASSERT_EQ(chmod(path("volume/elsewhere").c_str(), 01777), 0);
     // A link, and a folder from which anybody may take.
@@ -210,10 +214,11 @@ TEST_F(TrashMove, ASharedTrashThatIsUnsafeIsPassedBy) {
 }
 
 TEST_F(TrashMove, AFolderShownAgainElsewhereIsAVolumeOfItsOwn) {
+  DUNMERE_NEEDS(Feature::overlayMounts);
   inRoom([&] {
     // The same device as the home's: only the mount tells that nothing can be renamed across.
     enterPrivateMounts();
-    mountVolume("volume");
+    mountVolume(path("volume"));
     for (const char* folder : {"volume/shown", "here"}) makeFolder(path(folder));
     setenv("XDG_DATA_HOME", path("volume/data").c_str(), 1);
     mountAgain(path("volume/shown"), path("here"));

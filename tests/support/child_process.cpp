@@ -1,14 +1,16 @@
 #include "tests/support/child_process.h"
 
-#include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
+#include <linux/capability.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <system_error>
@@ -19,8 +21,8 @@ namespace dunmere::test {
 
 namespace {
 
-void check(bool succeeded, const char* what) {
-  if (!succeeded) throw std::system_error(errno, std::generic_category(), what);
+void check(bool succeeded, const std::string& attempt) {
+  if (!succeeded) throw std::system_error(errno, std::generic_category(), attempt);
 }
 
 int exitCodeOf(const std::function<int()>& work) {
@@ -33,24 +35,6 @@ int exitCodeOf(const std::function<int()>& work) {
   }
 }
 
-void writeText(const char* path, const std::string& text) {
-  const UniqueDescriptor file(::open(path, O_WRONLY | O_CLOEXEC));
-  check(file && ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()), path);
-}
-
-/// Root may have mounts of its own; anybody else has to become root of a user namespace first.
-void leaveMounts() {
-  const uid_t user = ::geteuid();
-  const gid_t group = ::getegid();
-  check(::unshare(user == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) == 0, "unshare");
-  if (user != 0) {
-    writeText("/proc/self/setgroups", "deny");
-    writeText("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
-    writeText("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
-  }
-  check(::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "making the mounts private");
-}
-
 std::string readAll(int descriptor) {
   std::string text;
   char buffer[4096];
@@ -59,6 +43,12 @@ std::string readAll(int descriptor) {
     if (length < 0 && errno != EINTR) break;
   }
   return text;
+}
+
+void dropCapabilities() {
+  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+  std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> none{};
+  check(::syscall(SYS_capset, &header, none.data()) == 0, "capset");
 }
 
 }  // namespace
@@ -88,21 +78,44 @@ ChildResult runInChild(const std::function<int()>& work) {
 
 ChildResult runUnprivileged(const std::function<int()>& work) {
   return runInChild([&work] {
-    constexpr unsigned kNobody = 65534;
-    if (::geteuid() == 0) {
-      check(::setgroups(0, nullptr) == 0, "setgroups");
-      check(::setresgid(kNobody, kNobody, kNobody) == 0, "setresgid");
-      check(::setresuid(kNobody, kNobody, kNobody) == 0, "setresuid");
-    }
+    dropPrivileges();
     return work();
   });
 }
 
-ChildResult runWithOwnMounts(const std::function<int()>& work) {
-  return runInChild([&work] {
-    leaveMounts();
-    return work();
+void inChildProcess(const std::function<void()>& body) {
+  const ChildResult result = runInChild([&body] {
+    body();
+    return 0;
   });
+  EXPECT_EQ(result.exitCode, 0) << result.output;
+}
+
+void becomeNobody() {
+  constexpr unsigned kNobody = 65534;
+  check(::setgroups(0, nullptr) == 0, "setgroups");
+  check(::setresgid(kNobody, kNobody, kNobody) == 0, "setresgid");
+  check(::setresuid(kNobody, kNobody, kNobody) == 0, "setresuid");
+}
+
+void dropPrivileges() {
+  try {
+    becomeNobody();
+  } catch (const std::system_error&) {
+    dropCapabilities();
+  }
+}
+
+void forbidThreads() {
+  dropPrivileges();  // the limit does not bind root
+  const rlimit none{0, 0};
+  check(::setrlimit(RLIMIT_NPROC, &none) == 0, "setrlimit");
+}
+
+void forbidWriting() {
+  std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit none{0, 0};
+  check(::setrlimit(RLIMIT_FSIZE, &none) == 0, "setrlimit");
 }
 
 }  // namespace dunmere::test

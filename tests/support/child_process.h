@@ -1,4 +1,4 @@
-// runInChild, runUnprivileged: part of a test in a process of its own, whose rights, limits and mounts it may change.
+// Child processes for tests that change what a process has only once: its environment, user and limits.
 #pragma once
 
 #include <functional>
@@ -15,12 +15,24 @@ struct ChildResult {
 /// `work` returned 0; an escaped exception makes it 2. Call it while the test has no other threads.
 ChildResult runInChild(const std::function<int()>& work);
 
-/// The same without any of root's rights: uid, gid and groups of nobody. Run by somebody other than root, it leaves the
-/// user as it is.
+/// The same after dropPrivileges().
 ChildResult runUnprivileged(const std::function<int()>& work);
 
-/// The same in a mount namespace of its own, whose mounts nobody else sees and which go with the child. Needs
-/// root, or a system that lets users have namespaces.
-ChildResult runWithOwnMounts(const std::function<int()>& work);
+/// Runs `body` in a forked child; expectations that fail in it fail this test.
+void inChildProcess(const std::function<void()>& body);
+
+// For use inside a child only. Each throws std::system_error when the system refuses.
+
+/// Becomes the user nobody.
+void becomeNobody();
+
+/// Gives up all of root's rights: becomes nobody or, where that is refused, stays the same user without capabilities.
+void dropPrivileges();
+
+/// No further thread can be started.
+void forbidThreads();
+
+/// Further writes into files fail as on an exhausted quota; making and renaming files goes on working.
+void forbidWriting();
 
 }  // namespace dunmere::test

@@ -6,12 +6,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <iostream>
-#include <stdexcept>
 #include <system_error>
 
 #include "platform/posix/unique_descriptor.h"
+#include "tests/support/own_mounts.h"
 #include "tests/support/random_seed.h"
 
 namespace dunmere::test {
@@ -248,6 +246,7 @@ void mountAt(const TemporaryTree& tree, const std::string& from, const std::stri
 }
 
 void mounts(const TemporaryTree& tree) {
+  enterPrivateMounts();
   tree.folder("under/b");
   tree.file("under/a", 10'000);
   tree.file("under/b/c", 20'000);
@@ -268,16 +267,10 @@ void mounts(const TemporaryTree& tree) {
 }
 
 void loopMount(const TemporaryTree& tree) {
+  enterPrivateMounts();
   tree.sparseFile("image", 8 << 20);
   tree.folder("disk");
-  if (::access("/dev/loop-control", F_OK) == 0) {
-    const std::string command = "mke2fs -q -F '" + tree.path("image") + "' && mount -o loop '" + tree.path("image") +
-                                "' '" + tree.path("disk") + "'";
-    if (std::system(command.c_str()) != 0) throw std::runtime_error("no loop mount");
-  } else {
-    std::cerr << "no loop devices here: a file system in memory stands in for one on an image\n";
-    mountAt(tree, "disk", "disk", "tmpfs", 0);
-  }
+  mountImage(tree.path("image"), tree.path("disk"));
   tree.folder("disk/folder");
   tree.file("disk/folder/file", 100'000);
   tree.file("disk/file", 1);
@@ -300,12 +293,12 @@ const std::vector<HostileTree>& hostileTrees() {
       {.name = "wideInFolders", .build = wideInFolders, .fileCount = 1, .isLarge = true},
       {.name = "oddlyNamed", .build = oddlyNamed, .fileCount = 2 * odd},
       {.name = "packages", .build = packages, .fileCount = inNoPackages + 1},
-      {.name = "specialFiles", .build = specialFiles, .fileCount = 2},
+      {.name = "specialFiles", .build = specialFiles, .fileCount = 2, .needs = Feature::deviceFiles},
       {.name = "sparse", .build = sparse, .fileCount = 4},
       {.name = "closedFolders", .build = closedFolders, .fileCount = 20 * 2, .readByNobody = true},
       {.name = "closedRoot", .build = closedRoot, .fileCount = 0, .readByNobody = true},
-      {.name = "mounts", .build = mounts, .fileCount = 11},
-      {.name = "loopMount", .build = loopMount, .fileCount = 3},
+      {.name = "mounts", .build = mounts, .fileCount = 11, .needs = Feature::privateMounts},
+      {.name = "loopMount", .build = loopMount, .fileCount = 3, .needs = Feature::loopDevices},
   };
   return trees;
 }

@@ -1,10 +1,6 @@
 // Panes and the scans that outlive them.
 
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <chrono>
-#include <cstdlib>
 #include <random>
 
 #include "tests/sweeper/pane_test.h"
@@ -103,28 +99,6 @@ TEST_F(PaneLifetime, PanesMayVanishAtAnyMoment) {
   EXPECT_TRUE(waitForScanOpenings(scans * kFolders));
   mainThread_.runQueued();
   EXPECT_EQ(world_.notifications, notifications);
-}
-
-/// Takes from this process, for good, the right to start threads.
-void forbidThreads() {
-  constexpr uid_t kNobody = 65534;
-  // The limit does not bind root.
-  if (geteuid() == 0 && setuid(kNobody) != 0) std::_Exit(2);
-  const rlimit none{0, 0};
-  if (setrlimit(RLIMIT_NPROC, &none) != 0) std::_Exit(3);
-}
-
-TEST_F(PaneLifetime, ScanWithoutAThreadFails) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(
-      {
-        forbidThreads();
-        pane().beginBrowsing(FileUrl("/tree"));
-        const bool failed = pane().phase() == Phase::chooseTarget && !pane().inventory() &&
-                            pane().loadError() == "The file couldn’t be opened." && world_.notifications == 1;
-        std::_Exit(failed ? 0 : 1);
-      },
-      ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -26,7 +27,9 @@ inline UniqueDescriptor mountShare(const std::string& mountPoint, const std::str
     device = UniqueDescriptor(::open(nodePath.c_str(), O_RDWR | O_CLOEXEC));
     check(static_cast<bool>(device), nodePath);
   }
-  const std::string options = "fd=" + std::to_string(device.get()) + ",rootmode=40000,user_id=0,group_id=0";
+  const std::string options = "fd=" + std::to_string(device.get()) +
+                              ",rootmode=40000,user_id=" + std::to_string(::geteuid()) +
+                              ",group_id=" + std::to_string(::getegid());
   check(::mount("host:/share", mountPoint.c_str(), "fuse.sshfs", 0, options.c_str()) == 0, mountPoint);
   return device;
 }

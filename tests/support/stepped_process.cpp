@@ -1,4 +1,4 @@
-#include "tests/platform/stepped_process.h"
+#include "tests/support/stepped_process.h"
 
 #include <elf.h>
 #include <sys/ptrace.h>

@@ -1,14 +1,15 @@
-// Child processes for tests that change what a process has only once: its environment, user, limits and mounts.
+// Mounts that only a test's child process sees.
 #pragma once
 
 #include <functional>
 #include <string>
 
+#include "tests/support/child_process.h"
+
 namespace dunmere::test {
 
-/// Runs `body` in a forked child and waits. Expectations that fail in it are printed, and fail this test too. Call it
-/// before the parent has started any thread.
-void inChildProcess(const std::function<void()>& body);
+/// runInChild() after enterPrivateMounts().
+ChildResult runWithOwnMounts(const std::function<int()>& work);
 
 // For use inside a child only. Each throws std::system_error when the system refuses.
 
@@ -25,10 +26,11 @@ void mountAgain(const std::string& from, const std::string& to);
 /// Makes the mount at `path` read-only.
 void remountReadOnly(const std::string& path);
 
-/// Gives up root for a user without any rights; a process without root stays who it is.
-void dropPrivileges();
+/// Mounts a volume that has a Trash of its own, as a disk has one, on the new folder `path`. `options` are those of the
+/// tmpfs below it, which may bound its size.
+void mountVolume(const std::string& path, const std::string& options = {});
 
-/// Further writes into files fail as on an exhausted quota; making and renaming files goes on working.
-void forbidWriting();
+/// Mounts an empty file system in the file `image`, which is as large as it shall be, on the existing folder `path`.
+void mountImage(const std::string& image, const std::string& path);
 
 }  // namespace dunmere::test
