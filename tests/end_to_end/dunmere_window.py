@@ -1,5 +1,6 @@
 """The application's window as its user knows it: what stands where, and how a sweep is made."""
 import os
+import time
 
 from desktop_session import wait_for
 
@@ -20,6 +21,7 @@ class DunmereWindow:
     def __init__(self, session, binary, under=()):
         """`under` is the command of a program that starts and watches it."""
         self.session = session
+        self.choosing = []  # from when to when the folder chooser was open
         self.program = session.start("dunmere", [*under, binary])
 
     def button(self, name, inside=None):
@@ -30,6 +32,7 @@ class DunmereWindow:
 
     def sweep_folder(self, folder, picture_of_chooser=None):
         """Chooses the folder in the folder chooser, as one does who knows its path."""
+        begin = time.time()
         self.press("Open Folder…")
         chooser = self.session.see("dialog", starting_with("Choose a folder to sweep"))
         self.session.click(self.session.see("text", starting_with(""), inside=chooser))
@@ -39,6 +42,7 @@ class DunmereWindow:
             self.session.picture(picture_of_chooser)
         self.session.keys("Return")
         self.session.gone("dialog", starting_with("Choose a folder to sweep"))
+        self.choosing.append((begin, time.time()))
 
     def columns(self):
         """The lists of the browser from left to right."""

@@ -74,6 +74,8 @@ class LeastPrivilegeTest(SweepTest):
         calls, strange = read_calls(self.log)
         self.assertEqual(strange, [])
         self.check_that_the_session_is_in(calls)
+        with self.subTest("the interface's thread asks no disk"):
+            self.check_interface_thread(calls)
         with self.subTest("no network"):
             self.check_sockets(calls)
         with self.subTest("no other program"):
@@ -89,6 +91,22 @@ class LeastPrivilegeTest(SweepTest):
         self.assertIn(os.path.dirname(self.odd_file), read)
         moves = [call.paths() for call in calls if call.name.startswith("rename") and self.odd_file in call.paths()]
         self.assertEqual(moves, [[self.odd_file, os.path.join(os.fsencode(self.trash("files")), ODD_NAME)]])
+
+    def check_interface_thread(self, calls):
+        """Qt's own folder chooser looks at disks on that thread; nothing else does."""
+        disks = [os.fsencode(self.disk), self.outside, os.path.dirname(os.fsencode(self.trash("files")))]
+
+        def is_on_disk(call):
+            paths = call.paths() + [self.changed_by_descriptor(call)]
+            return any(is_in(path, disk) for path in paths for disk in disks)
+
+        def is_choosing(call):
+            return any(begin <= call.time <= end for begin, end in self.window.choosing)
+
+        on_disk = [call for call in calls if is_on_disk(call)]
+        interface = calls[0].thread
+        self.assertGreater(len([call for call in on_disk if call.thread != interface]), 20)
+        self.assertEqual([call for call in on_disk if call.thread == interface and not is_choosing(call)], [])
 
     def check_sockets(self, calls):
         self.assertEqual([call for call in calls if call.name in ("bind", "listen", "accept", "accept4")], [])

@@ -10,9 +10,9 @@ import re
 TRACED = ("%file,%network,%process,ftruncate,fallocate,fchmod,fchown,fsetxattr,fremovexattr,getdents,getdents64,"
           "io_uring_setup,ptrace,process_vm_readv,process_vm_writev,mount,umount2,fsopen,open_by_handle_at")
 
-CALL = re.compile(rb"^\d+ +(\w+)\((.*)\) += (-?\d+|\?|0x[0-9a-f]+)(?:<(.*?)>)?(?: (E[A-Z0-9]+) \(.*\))?(?: \(.*\))?$")
-UNFINISHED = re.compile(rb"^(\d+) +(.*) <unfinished \.\.\.>$")
-RESUMED = re.compile(rb"^(\d+) +<\.\.\. \w+ resumed>(.*)$")
+CALL = re.compile(rb"^(\d+) +([\d.]+) (\w+)\((.*)\) += (-?\d+|\?|0x[0-9a-f]+)(?:<(.*?)>)?(?: (E[A-Z0-9]+) \(.*\))?(?: \(.*\))?$")
+UNFINISHED = re.compile(rb"^(\d+) +([\d.]+ .*) <unfinished \.\.\.>$")
+RESUMED = re.compile(rb"^(\d+) +[\d.]+ <\.\.\. \w+ resumed>(.*)$")
 ESCAPE = re.compile(rb"\\([0-7]{1,3}|x[0-9a-f]{2}|.)")
 PLAIN_ESCAPES = {b"n": b"\n", b"t": b"\t", b"r": b"\r", b"v": b"\v", b"f": b"\f"}
 
@@ -29,11 +29,13 @@ def unescaped(text):
 
 
 class SystemCall:
-    def __init__(self, name, arguments, result, opened, error):
-        self.name = name
+    def __init__(self, thread, time, name, arguments, result, opened, error):
+        self.thread = int(thread)
+        self.time = float(time)  # when it began, as time.time()
+        self.name = name.decode()
         self.arguments = arguments
         self.failed = error is not None
-        self.result = result
+        self.result = result.decode()
         self.opened = unescaped(opened) if opened is not None else None  # what a new descriptor leads to
 
     def __repr__(self):
@@ -53,7 +55,7 @@ class SystemCall:
 
 def strace_command(log):
     return ["strace", "--follow-forks", "--decode-fds=path", "--string-limit=65536", "--quiet=all",
-            "--trace=" + TRACED, "--output=" + log]
+            "--absolute-timestamps=format:unix,precision:us", "--trace=" + TRACED, "--output=" + log]
 
 
 def read_calls(log):
@@ -68,7 +70,7 @@ def read_calls(log):
             if match := RESUMED.match(line):
                 line = match[1] + b" " + begun.pop(match[1]) + match[2]
             if match := CALL.match(line):
-                calls.append(SystemCall(match[1].decode(), match[2], match[3].decode(), match[4], match[5]))
-            elif not re.match(rb"^\d+ +(\+\+\+|---)", line):
+                calls.append(SystemCall(*match.groups()))
+            elif not re.match(rb"^\d+ +[\d.]+ (\+\+\+|---)", line):
                 strange.append(line)
     return calls, strange
