@@ -28,7 +28,7 @@ class RegularFileSystem : public FileSystem {
   void setClockStep(Instant step) { step_ = step.count(); }
 
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override;
-  std::optional<std::vector<FileUrl>> mountedVolumes() override { return std::nullopt; }
+  std::optional<std::vector<VolumeMount>> mountedVolumes() override { return std::nullopt; }
   std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) override;
   FileUrl homeFolder() override { return FileUrl("/"); }
   Instant now() override { return Instant(now_ += step_); }

@@ -158,14 +158,13 @@ void writeDump(const std::string& file, const SweepInventory& inventory) {
   if (std::fclose(out) != 0 || failed) fail("cannot write " + file + ": " + std::generic_category().message(errno));
 }
 
-void appendColumn(JsonText& json, const std::expected<void, dunmere::SweepError>& listed,
-                  const std::vector<dunmere::SweeperItem>& rows) {
+void appendColumn(JsonText& json, const std::expected<dunmere::ColumnRows, dunmere::SweepError>& listed) {
   if (!listed) {
     json.openObject().key("error").text(dunmere::errorText(listed.error())).closeObject();
     return;
   }
   json.openArray();
-  for (const dunmere::SweeperItem& item : rows) {
+  for (const dunmere::SweeperItem& item : listed->items()) {
     json.openObject();
     json.key("name").text(item.name);
     json.key("isDirectory").boolean(item.isDirectory);
@@ -180,19 +179,14 @@ void appendColumn(JsonText& json, const std::expected<void, dunmere::SweepError>
 void appendColumns(JsonText& json, dunmere::FileSystem& fileSystem, const Options& options,
                    const SweepInventory& inventory) {
   std::vector<double> times;
-  // As a window keeps them for its open columns.
-  struct Column {
-    dunmere::ColumnListing listing;
-    std::vector<dunmere::SweeperItem> rows;
-  };
-  std::map<std::string, Column> columns;
+  std::map<std::string, dunmere::ColumnListing> columns;  // as a window keeps them for its open columns
   json.key("columns").openArray();
   for (const std::string& folder : options.columns) {
     const auto start = std::chrono::steady_clock::now();
-    Column& column = columns[folder];
-    const auto listed = column.listing.list(fileSystem, FileUrl(folder), inventory, column.rows);
+    dunmere::ColumnListing& column = columns.try_emplace(folder, FileUrl(folder)).first->second;
+    const auto listed = column.list(fileSystem, inventory);
     times.push_back(secondsSince(start));
-    appendColumn(json, listed, column.rows);
+    appendColumn(json, listed);
   }
   json.closeArray();
   json.key("columnSeconds").openArray();

@@ -1,3 +1,5 @@
+#include <new>
+#include <system_error>
 #include <utility>
 
 #include "engine/column_listing.h"
@@ -8,10 +10,15 @@ namespace dunmere {
 std::expected<std::vector<SweeperItem>, SweepError> DiskSweeperScan::columnChildren(FileSystem& fileSystem,
                                                                                     const FileUrl& parent,
                                                                                     const SweepInventory& inventory) {
-  std::vector<SweeperItem> rows;
-  if (auto result = ColumnListing().list(fileSystem, parent, inventory, rows); !result)
-    return std::unexpected(std::move(result.error()));
-  return rows;
+  // Made while there still is memory.
+  SweepError error{SweepAttempt::openFolder, parent, std::make_error_code(std::errc::not_enough_memory), {}};
+  try {
+    auto rows = ColumnListing(parent).list(fileSystem, inventory);
+    if (rows) return rows->items();
+    error = std::move(rows.error());
+  } catch (const std::bad_alloc&) {
+  }
+  return std::unexpected(std::move(error));
 }
 
 }  // namespace dunmere

@@ -30,8 +30,18 @@ struct DiskSweeperScan {
   using ScanResult = std::expected<SweepInventory, SweepError>;
 
   /// The drives to offer, sorted by name. Never fails; empty only when even the boot volume cannot be measured. Any
-  /// thread; waits for the file system at most as long as FileSystem::volumeValues does.
+  /// thread; waits for every volume.
   static std::vector<SweeperVolume> listVolumes(FileSystem& fileSystem);
+
+  // Its steps, for those who do not wait for all. Any thread.
+  /// What may turn out to be a drive; none when the list cannot be had. Waits for no volume.
+  static std::optional<std::vector<VolumeMount>> volumeCandidates(FileSystem& fileSystem);
+  /// The drive, or none when it is not offered or cannot be measured. Waits for this volume.
+  static std::optional<SweeperVolume> measureVolume(FileSystem& fileSystem, const VolumeMount& candidate);
+  /// The boot volume, for when nothing else can be listed; empty when it cannot be measured. Waits for it.
+  static std::vector<SweeperVolume> fallbackVolumes(FileSystem& fileSystem);
+  /// By name; equal names stay in their order.
+  static void sortVolumes(FileSystem& fileSystem, std::vector<SweeperVolume>& volumes);
 
   /// Walks the tree under `under` on a detached thread of utility priority and adds up the disk space of every regular
   /// file. Publishes a snapshot through `onUpdate` after every 12,000th counted file and after a counted file when
@@ -44,8 +54,8 @@ struct DiskSweeperScan {
                                                     ScanOptions options = {});
 
   /// The direct children of `parent`, sized from `inventory`, largest first, equal sizes by name. Any thread; reads the
-  /// disk for this one folder only. Fails with the listing's error, and when the column does not fit into memory. Who
-  /// lists the same folder again keeps a ColumnListing, which then has less to do.
+  /// disk for this one folder only, and waits for it. Fails with the listing's error, and when the column does not fit
+  /// into memory. Who lists the same folder again keeps a ColumnListing, which then has less to do.
   static std::expected<std::vector<SweeperItem>, SweepError> columnChildren(FileSystem& fileSystem,
                                                                             const FileUrl& parent,
                                                                             const SweepInventory& inventory);

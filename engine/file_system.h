@@ -141,6 +141,13 @@ struct VolumeValues {
   std::optional<bool> isBrowsable;                              ///< false: not meant for people's eyes
 };
 
+/// A mounted volume as the table of mounts tells it, without asking its file system.
+struct VolumeMount {
+  FileUrl url;         ///< mount point
+  std::string name;    ///< to show as long as nothing better is known
+  std::string source;  ///< device or share; empty where the system has no use for it
+};
+
 /// The operating system as the engine sees it. Implementations are thread-safe and outlive every scan.
 class FileSystem {
  public:
@@ -152,11 +159,15 @@ class FileSystem {
   /// when the path does not exist, is not a folder or may not be read. Any length of path is accepted.
   virtual std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) = 0;
 
-  /// Mount points of all mounted volumes, in the system's order; none when the list cannot be had.
-  virtual std::optional<std::vector<FileUrl>> mountedVolumes() = 0;
+  /// All mounted volumes, in the system's order; none when the list cannot be had. Waits for none of them.
+  virtual std::optional<std::vector<VolumeMount>> mountedVolumes() = 0;
 
-  /// The values of the volume that `url` lies on; fails when they cannot be read within a bounded time.
+  /// The values of the volume that `url` lies on; fails when they cannot be read. Waits as long as its file system.
   virtual std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) = 0;
+  /// The same of one that mountedVolumes() told, without looking for it once more.
+  virtual std::expected<VolumeValues, SweepError> volumeValues(const VolumeMount& volume) {
+    return volumeValues(volume.url);
+  }
 
   /// The current user's home folder.
   virtual FileUrl homeFolder() = 0;

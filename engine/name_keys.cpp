@@ -13,9 +13,8 @@ void NameKeys::begin(std::size_t count) {
   bytes_ = std::make_unique<std::pmr::monotonic_buffer_resource>();
 }
 
-void NameKeys::make(FileSystem& fileSystem, const ListedEntries& entries,
-                    std::span<const ListedEntries::Position> positions) {
-  std::vector<ListedEntries::Position> missing;
+void NameKeys::make(FileSystem& fileSystem, const ListedEntries& entries, std::span<const RowPosition> positions) {
+  std::vector<RowPosition> missing;
   std::ranges::copy_if(positions, std::back_inserter(missing), [this](auto p) { return keys_[p].data() == nullptr; });
   std::vector<std::string> made(missing.size());
   // So many that a thread for them is worth its start.

@@ -21,7 +21,7 @@ class NameKeys {
   void begin(std::size_t count);
 
   /// Makes the keys of these names that are not known, many on several threads.
-  void make(FileSystem& fileSystem, const ListedEntries& entries, std::span<const ListedEntries::Position> positions);
+  void make(FileSystem& fileSystem, const ListedEntries& entries, std::span<const RowPosition> positions);
 
   /// The sort key of the name at `position`, counted from 0; made if it is not known. Valid until the next begin().
   std::string_view key(FileSystem& fileSystem, std::size_t position, std::string_view name);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace dunmere {
 
@@ -21,8 +22,11 @@ class PathBytes {
   explicit PathBytes(std::shared_ptr<const PathTreeSnapshot> snapshot) : snapshot_(std::move(snapshot)) {}
 
   /// Bytes under `key` (a path key, FileUrl::key()); none when the key has no entry. Costs a walk over the siblings on
-  /// each level: for a whole column use CountedChildren, for many keys a PathFinder.
+  /// each level.
   std::optional<std::int64_t> find(std::string_view key) const;
+
+  /// The same for many keys, in their order. Goes over the siblings of each level once for all keys that lead there.
+  std::vector<std::optional<std::int64_t>> findAll(const std::vector<std::string>& keys) const;
 
   /// Number of entries, files and folders.
   std::int64_t size() const;

@@ -14,8 +14,8 @@ class RowOrder::Sorter {
  public:
   using RowIterator = std::vector<RowPosition>::iterator;
 
-  Sorter(FileSystem& fileSystem, const ListedEntries& entries, const std::vector<RowFacts>& facts, NameKeys& keys)
-      : fileSystem_(fileSystem), entries_(entries), facts_(facts), keys_(keys) {}
+  Sorter(FileSystem& fileSystem, const ListedEntries& entries, const std::vector<ColumnRow>& rows, NameKeys& keys)
+      : fileSystem_(fileSystem), entries_(entries), rows_(rows), keys_(keys) {}
 
   /// `rows` in ascending positions.
   void sort(std::vector<RowPosition>& rows) {
@@ -49,7 +49,7 @@ class RowOrder::Sorter {
     return order != 0 ? order < 0 : a < b;
   }
 
-  std::int64_t sizeOf(RowPosition row) const { return facts_[row].sizeBytes; }
+  std::int64_t sizeOf(RowPosition row) const { return rows_[row].sizeBytes; }
   std::string_view keyOf(RowPosition row) { return keys_.key(fileSystem_, row, entries_.name(row)); }
 
   /// Calls `act` for each run of several rows of one size.
@@ -71,7 +71,7 @@ class RowOrder::Sorter {
 
   FileSystem& fileSystem_;
   const ListedEntries& entries_;
-  const std::vector<RowFacts>& facts_;
+  const std::vector<ColumnRow>& rows_;
   NameKeys& keys_;
 };
 
@@ -80,17 +80,17 @@ void RowOrder::begin(std::size_t rows) {
   keys_.begin(rows);
 }
 
-void RowOrder::update(FileSystem& fileSystem, const ListedEntries& entries, const std::vector<RowFacts>& facts,
+void RowOrder::update(FileSystem& fileSystem, const ListedEntries& entries, const std::vector<ColumnRow>& rows,
                       std::vector<RowPosition> changed) {
-  Sorter sorter(fileSystem, entries, facts, keys_);
-  std::vector<bool> isChanged(facts.size(), false);
+  Sorter sorter(fileSystem, entries, rows, keys_);
+  std::vector<bool> isChanged(rows.size(), false);
   for (const RowPosition row : changed) isChanged[row] = true;
   sorter.sort(changed);
   std::vector<RowPosition> kept;
   kept.reserve(positions_.size());
   std::ranges::copy_if(positions_, std::back_inserter(kept), [&](RowPosition row) { return !isChanged[row]; });
   std::vector<RowPosition> merged;
-  merged.reserve(facts.size());
+  merged.reserve(rows.size());
   auto next = kept.begin();
   for (const RowPosition row : changed) {
     const auto place = sorter.placeOf(row, next, kept.end());

@@ -84,15 +84,6 @@ bool shouldIncludeUserFacingVolume(const FileUrl& url, std::string_view name, co
   return !plainName.contains(kSimulatorNamePart);
 }
 
-std::vector<SweeperVolume> fallbackVolumes(FileSystem& fileSystem) {
-  const auto snapshot = StorageScanner::bootVolumeSnapshot(fileSystem);
-  if (!snapshot) return {};
-  const auto values = fileSystem.volumeValues(fileSystem.homeFolder());
-  std::string name(kBootVolumeName);
-  if (values && values->name) name = *values->name;  // an empty name stays as it is
-  return {{FileUrl("/"), std::move(name), snapshot->totalBytes, snapshot->freeBytes}};
-}
-
 std::string displayName(const FileUrl& url, const VolumeValues& values) {
   const std::string name = values.name.value_or(std::string());
   return name.empty() ? url.lastPathComponent() : name;
@@ -107,9 +98,26 @@ std::optional<VolumeSnapshot> capacityOf(const FileUrl& url, const VolumeValues&
   return StorageScanner::bootVolumeSnapshot(fileSystem);
 }
 
-std::optional<SweeperVolume> userFacingVolume(const FileUrl& url, FileSystem& fileSystem) {
-  if (isExcludedByPath(url)) return std::nullopt;
-  const auto values = fileSystem.volumeValues(url);
+}  // namespace
+
+std::vector<SweeperVolume> DiskSweeperScan::fallbackVolumes(FileSystem& fileSystem) {
+  const auto snapshot = StorageScanner::bootVolumeSnapshot(fileSystem);
+  if (!snapshot) return {};
+  const auto values = fileSystem.volumeValues(fileSystem.homeFolder());
+  std::string name(kBootVolumeName);
+  if (values && values->name) name = *values->name;  // an empty name stays as it is
+  return {{FileUrl("/"), std::move(name), snapshot->totalBytes, snapshot->freeBytes}};
+}
+
+std::optional<std::vector<VolumeMount>> DiskSweeperScan::volumeCandidates(FileSystem& fileSystem) {
+  auto volumes = fileSystem.mountedVolumes();
+  if (volumes) std::erase_if(*volumes, [](const VolumeMount& volume) { return isExcludedByPath(volume.url); });
+  return volumes;
+}
+
+std::optional<SweeperVolume> DiskSweeperScan::measureVolume(FileSystem& fileSystem, const VolumeMount& candidate) {
+  const FileUrl& url = candidate.url;
+  const auto values = fileSystem.volumeValues(candidate);
   if (!values) return std::nullopt;
   std::string name = displayName(url, *values);
   if (!shouldIncludeUserFacingVolume(url, name, *values)) return std::nullopt;
@@ -119,24 +127,22 @@ std::optional<SweeperVolume> userFacingVolume(const FileUrl& url, FileSystem& fi
   return SweeperVolume{url, std::move(name), capacity->totalBytes, capacity->freeBytes};
 }
 
-void sortByName(std::vector<SweeperVolume>& volumes, FileSystem& fileSystem) {
+void DiskSweeperScan::sortVolumes(FileSystem& fileSystem, std::vector<SweeperVolume>& volumes) {
   std::ranges::stable_sort(volumes, {},
                            [&fileSystem](const SweeperVolume& v) { return fileSystem.nameSortKey(v.name); });
 }
 
-}  // namespace
-
 std::vector<SweeperVolume> DiskSweeperScan::listVolumes(FileSystem& fileSystem) {
-  const auto urls = fileSystem.mountedVolumes();
-  if (!urls) return fallbackVolumes(fileSystem);
+  const auto candidates = volumeCandidates(fileSystem);
+  if (!candidates) return fallbackVolumes(fileSystem);
   std::vector<SweeperVolume> volumes;
   constexpr std::size_t kUsualVolumes = 8;
-  volumes.reserve(std::min(urls->size(), kUsualVolumes));
-  for (const FileUrl& url : *urls) {
-    if (auto volume = userFacingVolume(url, fileSystem)) volumes.push_back(std::move(*volume));
+  volumes.reserve(std::min(candidates->size(), kUsualVolumes));
+  for (const VolumeMount& candidate : *candidates) {
+    if (auto volume = measureVolume(fileSystem, candidate)) volumes.push_back(std::move(*volume));
   }
   if (volumes.empty()) return fallbackVolumes(fileSystem);
-  sortByName(volumes, fileSystem);
+  sortVolumes(fileSystem, volumes);
   return volumes;
 }
 

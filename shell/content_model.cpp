@@ -4,9 +4,14 @@
 
 namespace dunmere {
 
-ContentModel::ContentModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, UrlOpener& urlOpener,
-                           QObject* parent)
-    : QObject(parent), fileSystem_(fileSystem), desktop_(desktop), mainThread_(mainThread), urlOpener_(urlOpener) {
+ContentModel::ContentModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, Background& background,
+                           UrlOpener& urlOpener, QObject* parent)
+    : QObject(parent),
+      fileSystem_(fileSystem),
+      desktop_(desktop),
+      mainThread_(mainThread),
+      background_(background),
+      urlOpener_(urlOpener) {
   makePane();
 }
 
@@ -45,7 +50,7 @@ void ContentModel::openFullDiskAccess() {
 
 void ContentModel::makePane() {
   pane_.reset(new SweeperViewModel(
-      fileSystem_, desktop_, mainThread_,
+      fileSystem_, desktop_, mainThread_, background_,
       {.get = [this] { return pendingGoToDrives_; }, .set = [this](bool pending) { setPendingGoToDrives(pending); }}));
   emit paneChanged();
 }

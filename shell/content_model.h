@@ -9,6 +9,7 @@
 
 #include "engine/file_system.h"
 #include "platform/desktop/url_opener.h"
+#include "sweeper/background.h"
 #include "sweeper/desktop.h"
 #include "sweeper/main_thread.h"
 #include "sweeper/view/sweeper_view_model.h"
@@ -29,8 +30,8 @@ class ContentModel : public QObject {
   Q_PROPERTY(dunmere::SweeperViewModel* pane READ pane NOTIFY paneChanged FINAL)
 
  public:
-  ContentModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, UrlOpener& urlOpener,
-               QObject* parent = nullptr);
+  ContentModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, Background& background,
+               UrlOpener& urlOpener, QObject* parent = nullptr);
   ~ContentModel() override;
 
   /// None shows the sweeper, like freeSpace.
@@ -71,6 +72,7 @@ class ContentModel : public QObject {
   FileSystem& fileSystem_;
   Desktop& desktop_;
   MainThread& mainThread_;
+  Background& background_;
   UrlOpener& urlOpener_;
   std::optional<SidebarItem> selection_ = SidebarItem::freeSpace;
   bool pendingGoToDrives_ = false;

@@ -14,6 +14,7 @@
 #include "platform/platform_file_system.h"
 #include "shell/content_model.h"
 #include "shell/theme/accessible_controls.h"
+#include "sweeper/background_threads.h"
 #include "sweeper/view/accessible_list.h"
 
 namespace {
@@ -30,8 +31,8 @@ void describeApplication() {
 
 /// Shows the window until it is closed; by then the views and the sweep are gone, and scans wait for nobody.
 int runWindow(dunmere::FileSystem& fileSystem, dunmere::Desktop& desktop, dunmere::QtMainThread& mainThread,
-              dunmere::UrlOpener& urlOpener) {
-  dunmere::ContentModel content(fileSystem, desktop, mainThread, urlOpener);
+              dunmere::Background& background, dunmere::UrlOpener& urlOpener) {
+  dunmere::ContentModel content(fileSystem, desktop, mainThread, background, urlOpener);
   QQmlApplicationEngine engine;  // after the model: its views go first
   engine.addImportPath(u"qrc:/qt/qml"_s);
   engine.setInitialProperties({{u"content"_s, QVariant::fromValue(&content)}});
@@ -62,8 +63,10 @@ int main(int argc, char* argv[]) {
   const std::unique_ptr<dunmere::UrlOpener> urlOpener = dunmere::makePlatformUrlOpener();
   const std::unique_ptr<dunmere::Desktop> desktop = dunmere::makePlatformDesktop(*fileSystem, *urlOpener);
   dunmere::QtMainThread mainThread;
-  const int code = runWindow(*fileSystem, *desktop, mainThread, *urlOpener);
-  // Scans are never cancelled: they may still be reading. Nothing that they use is destroyed under them.
+  dunmere::BackgroundThreads background;
+  const int code = runWindow(*fileSystem, *desktop, mainThread, background, *urlOpener);
+  // Scans are never cancelled: they may still be reading, as may the background. Nothing that they use is destroyed
+  // under them.
   std::fflush(nullptr);
   std::_Exit(code);
 }

@@ -11,8 +11,8 @@
 
 namespace dunmere {
 
-/// One item that the user is asked about: it stays that very item while something else takes its place. Lives and is
-/// called on the main thread only.
+/// One item that the user is asked about: it stays that very item while something else takes its place. Used, and
+/// destroyed, by one thread at a time.
 class TrashableItem {
  public:
   virtual ~TrashableItem() = default;
@@ -23,7 +23,7 @@ class TrashableItem {
   virtual std::expected<void, SweepError> moveToTrash() = 0;
 };
 
-/// Called on the main thread only.
+/// Called on the main thread, but for holdItem().
 class Desktop {
  public:
   virtual ~Desktop() = default;
@@ -34,8 +34,9 @@ class Desktop {
   /// Shows exactly this item, selected, in the file manager. No result; a failure shows nothing.
   virtual void reveal(const FileUrl& url) = 0;
 
-  /// Holds the item that is at `url` now. Never null: where there is none, its moveToTrash() fails. Must not outlive
-  /// this object; kept for as long as a question is open and no longer, since it keeps its volume from being unmounted.
+  /// Holds the item that is at `url` now; may wait for its file system. Never null: where there is none, its
+  /// moveToTrash() fails. Must not outlive this object; kept for as long as a question is open and no longer, since it
+  /// keeps its volume from being unmounted. Any thread.
   virtual std::unique_ptr<TrashableItem> holdItem(const FileUrl& url) = 0;
 };
 

@@ -4,21 +4,53 @@
 #include <utility>
 
 #include "engine/disk_sweeper_scan.h"
+#include "sweeper/answer_queue.h"
 #include "sweeper/byte_count_text.h"
 #include "sweeper/snapshot_mailbox.h"
+#include "sweeper/volume_reader.h"
 
 namespace dunmere {
 
 DiskSweeperPane::DiskSweeperPane(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread,
-                                 BoolBinding pendingGoToDrives, ScanOptions scanOptions)
+                                 Background& background, BoolBinding pendingGoToDrives, ScanOptions scanOptions)
     : fileSystem_(fileSystem),
       desktop_(desktop),
+      background_(background),
       mailbox_(std::make_shared<SnapshotMailbox>(mainThread)),
+      answers_(std::make_shared<AnswerQueue>(mainThread, [this] { applyAnswers(); })),
       pendingGoToDrives_(std::move(pendingGoToDrives)),
       scanOptions_(scanOptions) {}
 
 DiskSweeperPane::~DiskSweeperPane() {
   mailbox_->close();
+  answers_->close();
+  dropCandidate();
+  for (OpenColumn& column : openColumns_) ColumnReader::close(std::move(column.reader));
+}
+
+/// Asks `questions`, and applies the answers that come within `moment`. It is over when these have all been answered.
+void DiskSweeperPane::ask(std::chrono::milliseconds moment, const std::function<void()>& questions) {
+  const std::uint64_t first = lastQuestion_ + 1;
+  const auto deadline = std::chrono::steady_clock::now() + moment;
+  answers_->startAwaiting();
+  questions();
+  for (;;) {
+    const AnswerQueue::Apply apply = answers_->take(isAwaiting(first) ? deadline : AnswerQueue::kNow);
+    if (!apply) break;
+    apply();
+  }
+  answers_->stopAwaiting();
+}
+
+bool DiskSweeperPane::isAwaiting(std::uint64_t firstQuestion) const {
+  const auto isOpen = [firstQuestion](const OpenColumn& column) { return column.listing.isOpenSince(firstQuestion); };
+  return trashing_.isOpenSince(firstQuestion) || std::ranges::any_of(openColumns_, isOpen) ||
+         (volumeQuestion_ >= firstQuestion && !volumeReader_->isDone());
+}
+
+void DiskSweeperPane::applyAnswers() {
+  ask(std::chrono::milliseconds(0), [] {});
+  changed();
 }
 
 void DiskSweeperPane::setListener(Listener listener) {
@@ -27,18 +59,29 @@ void DiskSweeperPane::setListener(Listener listener) {
 
 void DiskSweeperPane::changed() {
   followQuestion();
+  for (OpenColumn& column : openColumns_) column.hasUntoldRows = false;
   if (listener_) listener_();
 }
 
 void DiskSweeperPane::appear() {
-  volumes_ = DiskSweeperScan::listVolumes(fileSystem_);
-  answerPendingRequest();
+  ask(background_.moment(), [this] {
+    if (!answerPendingRequest()) listVolumes();
+  });
   changed();
+}
+
+void DiskSweeperPane::listVolumes() {
+  volumeQuestion_ = ++lastQuestion_;
+  volumeReader_ = VolumeReader::start(fileSystem_, background_, answers_, [this] {
+    if (auto volumes = volumeReader_->volumes()) volumes_ = std::move(*volumes);
+  });
 }
 
 void DiskSweeperPane::pendingGoToDrivesChanged() {
   // Lowering the flag comes back here through its owner; that call finds nothing to do.
-  if (answerPendingRequest()) changed();
+  bool isAnswered = false;
+  ask(background_.moment(), [&] { isAnswered = answerPendingRequest(); });
+  if (isAnswered) changed();
 }
 
 bool DiskSweeperPane::answerPendingRequest() {
@@ -71,7 +114,7 @@ void DiskSweeperPane::openFolderSweep() {
 }
 
 void DiskSweeperPane::backToVolumes() {
-  clearSweep();
+  ask(background_.moment(), [this] { clearSweep(); });
   changed();
 }
 
@@ -81,14 +124,16 @@ void DiskSweeperPane::clearSweep() {
   inventory_.reset();
   phase_ = Phase::chooseTarget;
   pathDirectories_.clear();
-  columnChildren_.clear();
-  columnListings_.clear();
+  const std::vector<ColumnLoadId> tokens = columnLoadIDs_;
+  cutColumns(0);
+  columnLoadIDs_ = tokens;
   selectedLeafURL_.reset();
   loadError_.reset();
-  volumes_ = DiskSweeperScan::listVolumes(fileSystem_);
+  listVolumes();
 }
 
 std::string DiskSweeperPane::volumeDetailText(const SweeperVolume& volume) {
+  if (volume.totalBytes == 0) return "Not answering yet";
   const std::int64_t usedBytes = std::max<std::int64_t>(volume.totalBytes - volume.freeBytes, 0);
   return byteCountText(volume.freeBytes) + " free, " + byteCountText(usedBytes) + " used, " +
          byteCountText(volume.totalBytes) + " total";

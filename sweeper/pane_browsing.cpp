@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "engine/disk_sweeper_scan.h"
+#include "sweeper/answer_queue.h"
 #include "sweeper/byte_count_text.h"
 #include "sweeper/disk_sweeper_pane.h"
 #include "sweeper/error_text.h"
@@ -45,8 +46,10 @@ ColumnLoadId ColumnLoadId::next() {
 }
 
 void DiskSweeperPane::beginBrowsing(const FileUrl& root) {
-  browse(root);
-  startScan(root);
+  ask(background_.moment(), [&] {
+    browse(root);
+    startScan(root);
+  });
   changed();
 }
 
@@ -59,9 +62,9 @@ void DiskSweeperPane::browse(const FileUrl& root) {
   scanBytesSoFar_ = 0;
   pathDirectories_ = {root};
   selectedLeafURL_.reset();
-  columnChildren_ = {{}};
-  columnLoadIDs_ = {ColumnLoadId::next()};
-  listColumn(0, columnLoadIDs_.front(), *inventory_);
+  cutColumns(0);
+  addColumn(root, {});
+  listColumn(0, columnLoadIDs_.front(), *inventory_, Urgency::atOnce);
 }
 
 void DiskSweeperPane::startScan(const FileUrl& root) {
@@ -96,7 +99,9 @@ void DiskSweeperPane::applySnapshot(const SweepInventory& snapshot) {
   scanFileCount_ = snapshot.fileCount;
   scanBytesSoFar_ = snapshot.totalFileBytes;
   scanStatus_ = scanStatusText(snapshot);
-  listColumns();
+  // Waits for no listing: counts and status are there already.
+  const Urgency urgency = snapshot.scanComplete ? Urgency::atOnce : Urgency::paced;
+  ask(std::chrono::milliseconds(0), [&] { listColumns(urgency); });
   changed();
 }
 
@@ -108,33 +113,48 @@ void DiskSweeperPane::failScan(const SweepError& error) {
 }
 
 void DiskSweeperPane::reloadVisibleColumns() {
-  listColumns();
+  ask(background_.moment(), [this] { listColumns(Urgency::atOnce); });
   changed();
 }
 
-void DiskSweeperPane::listColumns() {
+void DiskSweeperPane::listColumns(Urgency urgency) {
   if (!inventory_) return;
   const std::size_t count = std::min({columnLoadIDs_.size(), pathDirectories_.size(), columnChildren_.size()});
   for (std::size_t depth = 0; depth < count; ++depth) {
-    listColumn(static_cast<std::ptrdiff_t>(depth), columnLoadIDs_[depth], *inventory_);
+    listColumn(static_cast<std::ptrdiff_t>(depth), columnLoadIDs_[depth], *inventory_, urgency);
   }
 }
 
 void DiskSweeperPane::applyColumn(std::ptrdiff_t depth, ColumnLoadId id, const SweepInventory& inventory) {
-  listColumn(depth, id, inventory);
+  ask(background_.moment(), [&] { listColumn(depth, id, inventory, Urgency::atOnce); });
   changed();
 }
 
-void DiskSweeperPane::listColumn(std::ptrdiff_t depth, ColumnLoadId id, const SweepInventory& inventory) {
+void DiskSweeperPane::listColumn(std::ptrdiff_t depth, ColumnLoadId id, const SweepInventory& inventory,
+                                 Urgency urgency) {
   if (depth < 0) return;
   const auto column = static_cast<std::size_t>(depth);
   if (column >= columnLoadIDs_.size() || columnLoadIDs_[column] != id) return;
-  if (column >= pathDirectories_.size()) return;
-  columnListings_.resize(columnLoadIDs_.size());
-  std::vector<SweeperItem> dropped;
-  std::vector<SweeperItem>& rows = column < columnChildren_.size() ? columnChildren_[column] : dropped;
-  const auto listed = columnListings_[column].list(fileSystem_, pathDirectories_[column], inventory, rows);
-  if (!listed) loadError_ = errorText(listed.error());
+  if (column >= openColumns_.size()) return;
+  OpenColumn& open = openColumns_[column];
+  open.listing.asked = ++lastQuestion_;
+  open.reader->request({open.listing.asked, inventory, urgency});
+}
+
+void DiskSweeperPane::applyListing(ColumnLoadId id, std::uint64_t question,
+                                   std::expected<ColumnRows, SweepError> rows) {
+  const auto column = static_cast<std::size_t>(std::ranges::find(columnLoadIDs_, id) - columnLoadIDs_.begin());
+  if (column >= openColumns_.size()) return;
+  // Rows tell what changed since those before, so the listener must have heard of these.
+  if (openColumns_[column].hasUntoldRows) changed();
+  openColumns_[column].listing.answered = question;
+  openColumns_[column].hasUntoldRows = true;
+  columnChildren_[column] = rows.value_or(ColumnRows());
+  if (!rows) loadError_ = errorText(rows.error());
+}
+
+bool DiskSweeperPane::isReadingColumn(std::size_t column) const {
+  return column < openColumns_.size() && columnChildren_[column].empty() && openColumns_[column].listing.answered == 0;
 }
 
 }  // namespace dunmere

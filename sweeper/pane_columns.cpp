@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "sweeper/answer_queue.h"
 #include "sweeper/byte_count_text.h"
 #include "sweeper/disk_sweeper_pane.h"
 
@@ -15,26 +16,26 @@ void cut(std::vector<Element>& list, std::size_t count) {
   if (count < list.size()) list.erase(list.begin() + static_cast<std::ptrdiff_t>(count), list.end());
 }
 
-const SweeperItem* findRow(const std::vector<SweeperItem>& rows, const FileUrl& url) {
-  const auto row = std::ranges::find(rows, url, &SweeperItem::url);
-  return row == rows.end() ? nullptr : &*row;
+std::optional<SweeperItem> findItem(const ColumnRows& rows, const FileUrl& url) {
+  const auto row = rows.find(url);
+  return row ? std::optional(rows[*row]) : std::nullopt;
 }
 
 }  // namespace
 
 void DiskSweeperPane::selectItem(const SweeperItem& item, std::size_t column) {
-  // The item may be a row of a column that is about to be cut.
-  const FileUrl url = item.url;
-  const bool isDirectory = item.isDirectory;
   loadError_.reset();
   if (inventory_) {
+    // A folder that is open already keeps its rows until it is listed anew.
+    const bool isOpen = column + 1 < pathDirectories_.size() && pathDirectories_[column + 1] == item.url;
+    const ColumnRows shown = isOpen && column + 1 < columnChildren_.size() ? columnChildren_[column + 1] : ColumnRows();
     cut(pathDirectories_, column + 1);
     cutColumns(column + 1);
-    if (isDirectory) {
+    if (item.isDirectory) {
       selectedLeafURL_.reset();
-      openColumn(url);
+      ask(background_.moment(), [&] { openColumn(item.url, shown); });
     } else {
-      selectedLeafURL_ = url;
+      selectedLeafURL_ = item.url;
     }
   }
   changed();
@@ -43,16 +44,29 @@ void DiskSweeperPane::selectItem(const SweeperItem& item, std::size_t column) {
 void DiskSweeperPane::cutColumns(std::size_t count) {
   cut(columnChildren_, count);
   cut(columnLoadIDs_, count);
+  for (std::size_t column = count; column < openColumns_.size(); ++column) {
+    ColumnReader::close(std::move(openColumns_[column].reader));
+  }
+  cut(openColumns_, count);
 }
 
-void DiskSweeperPane::openColumn(const FileUrl& folder) {
+void DiskSweeperPane::openColumn(const FileUrl& folder, const ColumnRows& shown) {
   pathDirectories_.push_back(folder);
-  while (columnChildren_.size() < pathDirectories_.size()) {
-    columnChildren_.emplace_back();
-    columnLoadIDs_.push_back(ColumnLoadId::next());
-  }
+  while (columnChildren_.size() < pathDirectories_.size()) addColumn(folder, shown);
   const std::size_t last = pathDirectories_.size() - 1;
-  listColumn(static_cast<std::ptrdiff_t>(last), columnLoadIDs_[last], *inventory_);
+  listColumn(static_cast<std::ptrdiff_t>(last), columnLoadIDs_[last], *inventory_, Urgency::atOnce);
+}
+
+void DiskSweeperPane::addColumn(const FileUrl& folder, const ColumnRows& shown) {
+  const ColumnLoadId id = ColumnLoadId::next();
+  const auto answer = [this, id, answers = answers_](std::uint64_t question, ColumnReader::Rows rows) {
+    answers->put(
+        [this, id, question, rows = std::move(rows)]() mutable { applyListing(id, question, std::move(rows)); });
+  };
+  columnChildren_.push_back(shown);
+  columnLoadIDs_.push_back(id);
+  openColumns_.push_back(
+      {.reader = ColumnReader::make(fileSystem_, background_, folder, shown, answer), .listing = {}});
 }
 
 bool DiskSweeperPane::isRowSelected(const SweeperItem& item, std::size_t column) const {
@@ -62,21 +76,21 @@ bool DiskSweeperPane::isRowSelected(const SweeperItem& item, std::size_t column)
   return false;
 }
 
-RowNumbers DiskSweeperPane::rowNumbers(std::size_t column) const {
-  if (column >= columnListings_.size() || column >= columnChildren_.size()) return {};
-  const RowNumbers numbers = columnListings_[column].numbers();
-  // A column that was opened again still awaits its listing.
-  return numbers.inOrder.size() == columnChildren_[column].size() ? numbers : RowNumbers();
+std::optional<std::size_t> DiskSweeperPane::selectedRow(std::size_t column) const {
+  if (column >= columnChildren_.size()) return std::nullopt;
+  if (column + 1 < pathDirectories_.size()) return columnChildren_[column].find(pathDirectories_[column + 1]);
+  if (column + 1 == pathDirectories_.size() && selectedLeafURL_) return columnChildren_[column].find(*selectedLeafURL_);
+  return std::nullopt;
 }
 
-const SweeperItem* DiskSweeperPane::currentSelectedItem() const {
+std::optional<SweeperItem> DiskSweeperPane::currentSelectedItem() const {
   const std::size_t depth = pathDirectories_.size();
-  if (columnChildren_.empty() || depth == 0) return nullptr;
+  if (columnChildren_.empty() || depth == 0) return std::nullopt;
   if (selectedLeafURL_ && depth <= columnChildren_.size())
-    return findRow(columnChildren_[depth - 1], *selectedLeafURL_);
+    return findItem(columnChildren_[depth - 1], *selectedLeafURL_);
   // The root has no row of its own; any other open folder has one in the column before its own.
-  if (depth == 1 || depth - 2 >= columnChildren_.size()) return nullptr;
-  return findRow(columnChildren_[depth - 2], pathDirectories_[depth - 1]);
+  if (depth == 1 || depth - 2 >= columnChildren_.size()) return std::nullopt;
+  return findItem(columnChildren_[depth - 2], pathDirectories_[depth - 1]);
 }
 
 std::string DiskSweeperPane::sizeLabel(const SweeperItem& item) {

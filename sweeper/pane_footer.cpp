@@ -1,5 +1,8 @@
 // The pane's footer: its texts, and what can be done with the selection.
 
+#include <algorithm>
+
+#include "sweeper/answer_queue.h"
 #include "sweeper/byte_count_text.h"
 #include "sweeper/disk_sweeper_pane.h"
 #include "sweeper/display_text.h"
@@ -18,13 +21,18 @@ constexpr const char* kReadErrorsHint =
     "in Finder.";
 
 /// What is selected: its name, then either how much is known of its size or where it lies.
-std::string selectionText(const FileUrl& target, const SweeperItem* item) {
+std::string selectionText(const FileUrl& target, const std::optional<SweeperItem>& item) {
   const std::string name = displayText(target.lastPathComponent());
   if (item && item->sizeIsPartialMinimum) {
     return name + " / at least " + byteCountText(item->sizeBytes) + " (partial scan)";
   }
   if (target.path() == "/") return name;
   return name + " / " + displayPath(target.deletingLastPathComponent().path());
+}
+
+/// Apart from the listings of the same folder, which may take long.
+std::string trashPlace(const FileUrl& item) {
+  return "trash " + item.deletingLastPathComponent().bytes();
 }
 
 }  // namespace
@@ -56,6 +64,7 @@ std::string DiskSweeperPane::trashConfirmTitle() const {
 
 void DiskSweeperPane::requestTrash() {
   confirmTrash_ = true;
+  ask(background_.moment(), [this] { followQuestion(); });
   changed();
 }
 
@@ -66,26 +75,43 @@ void DiskSweeperPane::dismissTrash() {
 
 void DiskSweeperPane::confirmedTrash() {
   confirmTrash_ = false;
-  trashSelection();
+  ask(background_.moment(), [this] { trashSelection(); });
   changed();
 }
 
 void DiskSweeperPane::performTrash() {
-  trashSelection();
+  ask(background_.moment(), [this] { trashSelection(); });
   changed();
 }
 
+/// Holds the item at `url` in the background, unless that is being done.
 void DiskSweeperPane::holdCandidate(const FileUrl& url) {
-  if (!trashCandidate_ || trashCandidate_->url != url) trashCandidate_ = {url, desktop_.holdItem(url)};
+  if (trashCandidate_ && trashCandidate_->url == url) return;
+  dropCandidate();
+  trashCandidate_ = {url, std::make_shared<std::unique_ptr<TrashableItem>>()};
+  trashing_.asked = ++lastQuestion_;
+  const auto hold = [this, &desktop = desktop_, answers = answers_, url, item = trashCandidate_->item,
+                     question = trashing_.asked] {
+    *item = desktop.holdItem(url);
+    answers->put([this, question] { trashing_.answered = question; });
+  };
+  background_.run(trashPlace(url), hold);
 }
 
-/// Before the views learn what the question names it is held: what takes its place while the user thinks is not moved.
+/// Letting the item go may free what others have deleted meanwhile, which takes time.
+void DiskSweeperPane::dropCandidate() {
+  if (!trashCandidate_) return;
+  background_.run(trashPlace(trashCandidate_->url), [item = std::move(trashCandidate_->item)] { item->reset(); });
+  trashCandidate_.reset();
+}
+
+/// What takes its place while the user thinks is not moved: the item is held from the question on.
 void DiskSweeperPane::followQuestion() {
   const FileUrl* target = confirmTrash_ ? revealURL() : nullptr;
   if (target) {
     holdCandidate(*target);
   } else {
-    trashCandidate_.reset();
+    dropCandidate();
   }
 }
 
@@ -95,17 +121,36 @@ void DiskSweeperPane::trashSelection() {
   const FileUrl url = *target;
   loadError_.reset();
   holdCandidate(url);
-  if (const auto moved = trashCandidate_->item->moveToTrash(); !moved) {
+  trashing_.asked = ++lastQuestion_;
+  const auto move = [this, answers = answers_, url, item = std::move(trashCandidate_->item),
+                     question = trashing_.asked] {
+    const auto moved = (*item)->moveToTrash();
+    item->reset();
+    answers->put([this, url, question, moved] {
+      trashing_.answered = question;
+      applyTrashed(url, moved);
+    });
+  };
+  trashCandidate_.reset();
+  background_.run(trashPlace(url), move);
+}
+
+void DiskSweeperPane::applyTrashed(const FileUrl& url, const std::expected<void, SweepError>& moved) {
+  if (!moved) {
     loadError_ = errorText(moved.error());
     return;
   }
-  selectedLeafURL_.reset();
-  if (pathDirectories_.size() >= 2 && pathDirectories_.back() == url) {
-    pathDirectories_.pop_back();
-    cutColumns(pathDirectories_.size());
+  // The selection may have gone elsewhere while the disk was slow.
+  if (selectedLeafURL_ == url) selectedLeafURL_.reset();
+  const auto open = std::find(pathDirectories_.begin(), pathDirectories_.end(), url);
+  const auto column = static_cast<std::size_t>(open - pathDirectories_.begin());
+  if (column >= 1 && open != pathDirectories_.end()) {
+    if (column + 1 < pathDirectories_.size()) selectedLeafURL_.reset();
+    pathDirectories_.erase(open, pathDirectories_.end());
+    cutColumns(column);
   }
   // The scan's totals are not corrected: what they hold was true when it was counted.
-  listColumns();
+  listColumns(Urgency::atOnce);
 }
 
 void DiskSweeperPane::reveal() {

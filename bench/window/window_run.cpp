@@ -46,7 +46,7 @@ void addMovingItem(QQmlEngine& engine, QQuickWindow& window) {
 }  // namespace
 
 WindowRun::WindowRun(FileSystem& fileSystem, const std::string& folder, bool animated)
-    : desktop_(FileUrl(folder)), content_(fileSystem, desktop_, mainThread_, urlOpener_) {
+    : desktop_(FileUrl(folder)), content_(fileSystem, desktop_, mainThread_, background_, urlOpener_) {
   engine_.addImportPath(u"qrc:/qt/qml"_s);
   engine_.setInitialProperties({{u"content"_s, QVariant::fromValue(&content_)}});
   engine_.load(QUrl(u"qrc:/qt/qml/Dunmere/Shell/MainWindow.qml"_s));

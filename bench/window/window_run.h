@@ -15,6 +15,7 @@
 #include "platform/desktop/qt_main_thread.h"
 #include "platform/desktop/url_opener.h"
 #include "shell/content_model.h"
+#include "sweeper/background_threads.h"
 #include "sweeper/desktop.h"
 
 namespace dunmere::bench {
@@ -64,6 +65,7 @@ class WindowRun {
   ScriptedDesktop desktop_;
   NoUrlOpener urlOpener_;
   QtMainThread mainThread_;
+  BackgroundThreads background_;
   ContentModel content_;
   QQmlApplicationEngine engine_;
   std::unique_ptr<FrameRecorder> frames_;

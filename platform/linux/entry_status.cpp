@@ -55,12 +55,6 @@ std::optional<EntryAttributes> regularFileStatus(int folder, const char* name) {
   return fileAttributes(status);
 }
 
-std::optional<std::uint64_t> uniqueMountNumber(int descriptor) {
-  struct statx status{};
-  if (!readStatus(descriptor, "", kUniqueMountNumber, status)) return std::nullopt;
-  return (status.stx_mask & kUniqueMountNumber) != 0 ? std::optional<std::uint64_t>(status.stx_mnt_id) : std::nullopt;
-}
-
 std::optional<FolderStamp> folderStamp(int folder) {
   struct statx status{};
   constexpr unsigned kMask = STATX_INO | STATX_CTIME;

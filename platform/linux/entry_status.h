@@ -15,9 +15,6 @@ std::optional<EntryAttributes> entryStatus(int folder, const char* name);
 /// The same, for an entry that was a regular file; none when it is one no more.
 std::optional<EntryAttributes> regularFileStatus(int folder, const char* name);
 
-/// The number of the mount that the open file or folder lies on, which is never used again; none before Linux 6.8.
-std::optional<std::uint64_t> uniqueMountNumber(int descriptor);
-
 /// Identity and time of change of the open folder, whatever the system promises of it.
 std::optional<FolderStamp> folderStamp(int folder);
 

@@ -1,9 +1,7 @@
 #include "platform/linux/link_resolution.h"
 
 #include <fcntl.h>
-#include <linux/openat2.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -31,24 +29,13 @@ std::optional<std::string> pathOfDescriptor(int descriptor) {
   return isDeleted ? std::nullopt : std::optional(path);
 }
 
-// O_PATH finds the target without opening it, so a device or a FIFO at the end does no harm.
-constexpr int kFlags = O_PATH | O_CLOEXEC;
-
 }  // namespace
 
 std::expected<UniqueDescriptor, int> findTarget(int folder, const std::string& name) {
-  UniqueDescriptor target(::openat(folder, name.c_str(), kFlags));
+  // O_PATH finds the target without opening it, so a device or a FIFO at the end does no harm.
+  UniqueDescriptor target(::openat(folder, name.c_str(), O_PATH | O_CLOEXEC));
   if (!target) return std::unexpected(errno);
   return target;
-}
-
-std::expected<UniqueDescriptor, int> findKnownTarget(int folder, const std::string& name) {
-  open_how how{.flags = kFlags, .mode = 0, .resolve = RESOLVE_CACHED};
-  UniqueDescriptor target(static_cast<int>(::syscall(SYS_openat2, folder, name.c_str(), &how, sizeof how)));
-  if (target) return target;
-  // An older system, or one that forbids the call, knows no such question.
-  const bool isUnknown = errno == EINVAL || errno == ENOSYS || errno == EPERM;
-  return std::unexpected(isUnknown ? EAGAIN : errno);
 }
 
 LinkTarget describeTarget(const UniqueDescriptor& target, FileUrl ownUrl) {

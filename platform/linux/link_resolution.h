@@ -13,9 +13,6 @@ namespace dunmere {
 /// disks and servers on the way. Fails with an errno value. Any thread.
 std::expected<UniqueDescriptor, int> findTarget(int folder, const std::string& name);
 
-/// The same if all the way is known to the system already: fails with EAGAIN rather than wait for anything.
-std::expected<UniqueDescriptor, int> findKnownTarget(int folder, const std::string& name);
-
 /// Describes a target that was found. `ownUrl` is the answer's path when the target has no path of its own. Waits for
 /// nothing. Any thread.
 LinkTarget describeTarget(const UniqueDescriptor& target, FileUrl ownUrl);

@@ -7,11 +7,10 @@
 #include "platform/linux/linux_open_folder.h"
 #include "platform/linux/mount_choice.h"
 #include "platform/linux/mount_table.h"
-#include "platform/linux/patient_folder.h"
 #include "platform/linux/utility_priority.h"
-#include "platform/linux/volume_reading.h"
 #include "platform/platform_file_system.h"
 #include "platform/posix/home_folder.h"
+#include "platform/posix/volume_reading.h"
 
 namespace dunmere {
 
@@ -37,9 +36,24 @@ MountEntry mountOf(const std::vector<MountEntry>& mounts, const std::string& pat
   return mount == nullptr ? unlistedRoot() : *mount;
 }
 
-std::string displayName(const MountEntry& mount, const std::optional<std::string>& label) {
-  if (label) return *label;
-  return mount.mountPoint == "/" ? "Filesystem root" : FileUrl(mount.mountPoint).lastPathComponent();
+/// The name of a volume without a label.
+std::string plainName(const std::string& mountPoint) {
+  return mountPoint == "/" ? "Filesystem root" : FileUrl(mountPoint).lastPathComponent();
+}
+
+VolumeMount volumeAt(const MountEntry& mount) {
+  return {.url = FileUrl(mount.mountPoint), .name = plainName(mount.mountPoint), .source = mount.source};
+}
+
+/// Of the file system at `path`, which `volume` tells where it is mounted.
+std::expected<VolumeValues, SweepError> measure(const std::string& path, const VolumeMount& volume, bool isOffered) {
+  auto reading = readVolume(path, volume.source);
+  if (!reading) return std::unexpected(failure(FileUrl(path), reading.error()));
+  return VolumeValues{.name = std::move(reading->label).value_or(volume.name),
+                      .totalBytes = reading->totalBytes,
+                      .availableBytes = reading->availableBytes,
+                      .availableForImportantUsageBytes = std::nullopt,
+                      .isBrowsable = isOffered};
 }
 
 }  // namespace
@@ -49,24 +63,26 @@ std::unique_ptr<FileSystem> makePlatformFileSystem() {
 }
 
 LinuxFileSystem::LinuxFileSystem()
-    : descriptors_(FolderDescriptors::budgetOfProcess()), meter_(readVolume), nameOrder_(IcuNameOrder::userLocale()) {}
+    : descriptors_(FolderDescriptors::budgetOfProcess()), nameOrder_(IcuNameOrder::userLocale()) {}
 
 std::expected<std::shared_ptr<OpenFolder>, SweepError> LinuxFileSystem::openFolder(const FileUrl& url,
                                                                                    EntryDetail detail) {
-  // A scan has a thread of its own, which may wait; a listing is made on the interface's.
-  if (detail == EntryDetail::kinds) return PatientFolder::open(descriptors_, patience_, localMounts_, url);
   return LinuxOpenFolder::open(descriptors_, url, detail);
 }
 
-std::optional<std::vector<FileUrl>> LinuxFileSystem::mountedVolumes() {
+std::optional<std::vector<VolumeMount>> LinuxFileSystem::mountedVolumes() {
   const auto mounts = readMountTable();
   if (!mounts) return std::nullopt;
-  std::vector<FileUrl> volumes;
-  if (mountHolding(*mounts, "/") == nullptr) volumes.emplace_back("/");
+  std::vector<VolumeMount> volumes;
+  if (mountHolding(*mounts, "/") == nullptr) volumes.push_back(volumeAt(unlistedRoot()));
   for (const MountEntry& mount : *mounts) {
-    if (isOfferedMount(mount)) volumes.emplace_back(mount.mountPoint);
+    if (isOfferedMount(mount)) volumes.push_back(volumeAt(mount));
   }
   return volumes;
+}
+
+std::expected<VolumeValues, SweepError> LinuxFileSystem::volumeValues(const VolumeMount& volume) {
+  return measure(volume.url.path(), volume, true);
 }
 
 std::expected<VolumeValues, SweepError> LinuxFileSystem::volumeValues(const FileUrl& url) {
@@ -80,13 +96,7 @@ std::expected<VolumeValues, SweepError> LinuxFileSystem::volumeValues(const File
     values.isBrowsable = false;
     return values;
   }
-  const auto reading = meter_.measure(mount.mountPoint, path, mount.source);
-  if (!reading) return std::unexpected(failure(url, reading.error()));
-  return VolumeValues{.name = displayName(mount, reading->label),
-                      .totalBytes = reading->totalBytes,
-                      .availableBytes = reading->availableBytes,
-                      .availableForImportantUsageBytes = std::nullopt,
-                      .isBrowsable = isOffered};
+  return measure(path, volumeAt(mount), isOffered);
 }
 
 FileUrl LinuxFileSystem::homeFolder() {

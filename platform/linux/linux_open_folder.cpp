@@ -2,9 +2,12 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstddef>
@@ -15,7 +18,6 @@
 
 #include "platform/linux/entry_status.h"
 #include "platform/linux/link_resolution.h"
-#include "platform/linux/local_file_system.h"
 
 namespace dunmere {
 
@@ -47,6 +49,17 @@ std::chrono::nanoseconds systemClock() {
   return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
+/// Whether the folder lies on a file system of this machine's own, which nobody changes from elsewhere. Unknown types
+/// count as remote: a wrong guess then costs time, not a wrong listing.
+bool isLocal(int folder) {
+  constexpr auto kLocal =
+      std::to_array<std::uint32_t>({BTRFS_SUPER_MAGIC, EXT4_SUPER_MAGIC, F2FS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC,
+                                    RAMFS_MAGIC, TMPFS_MAGIC, XFS_SUPER_MAGIC});
+  struct statfs status{};
+  return ::fstatfs(folder, &status) == 0 &&
+         std::ranges::find(kLocal, static_cast<std::uint32_t>(status.f_type)) != kLocal.end();
+}
+
 bool isDots(std::string_view name) {
   return name == "." || name == "..";
 }
@@ -59,15 +72,6 @@ std::expected<std::shared_ptr<LinuxOpenFolder>, SweepError> LinuxOpenFolder::ope
   auto folder = std::make_shared<LinuxOpenFolder>(descriptors, nullptr, url.bytes(), detail);
   if (auto opened = folder->openByPath(); !opened) return std::unexpected(std::move(opened.error()));
   return folder;
-}
-
-std::shared_ptr<LinuxOpenFolder> LinuxOpenFolder::openAtOnce(FolderDescriptors& descriptors, const FileUrl& url,
-                                                             EntryDetail detail, const LocalMounts& mounts) {
-  if (url.bytes().contains('\0')) return nullptr;
-  const auto place = findKnownTarget(AT_FDCWD, url.bytes());
-  if (!place || !mounts.holds(place->get())) return nullptr;
-  auto folder = std::make_shared<LinuxOpenFolder>(descriptors, nullptr, url.bytes(), detail);
-  return folder->openAt(place->get()) ? folder : nullptr;
 }
 
 LinuxOpenFolder::LinuxOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent,
@@ -129,7 +133,7 @@ std::optional<FolderStamp> LinuxOpenFolder::stamp() {
   // Each of these file systems notes when a folder was changed, in steps of up to one second (old ext4).
   constexpr std::chrono::seconds kLongestStep{1};
   const auto pin = descriptor();
-  if (!pin || !isLocal()) return std::nullopt;
+  if (!pin || !isLocal(pin->descriptor())) return std::nullopt;
   // Asked first: whatever changes the folder after it was looked at is noted with this time at least.
   const std::chrono::nanoseconds now = systemClock();
   const auto stamp = folderStamp(pin->descriptor());
@@ -165,35 +169,14 @@ std::optional<EntryAttributes> LinuxOpenFolder::attributes(std::string_view name
 
 LinkTarget LinuxOpenFolder::resolveLink(std::string_view name) {
   const auto find = [&]() -> std::expected<UniqueDescriptor, int> {
-    const auto pin = pinOrReopen();
+    const auto pin = descriptor();
     if (!pin) return std::unexpected(pin.error());
     return findTarget(pin->descriptor(), std::string(name));
   };
-  return linkTarget(name, descriptors().openWhenPossible(find));
-}
-
-std::optional<LinkTarget> LinuxOpenFolder::knownLinkTarget(std::string_view name) {
-  const auto pin = pinOrReopen();
-  if (!pin) return std::nullopt;
-  const auto target = findKnownTarget(pin->descriptor(), std::string(name));
-  if (!target && (target.error() == EAGAIN || FolderDescriptors::isShortage(target.error()))) return std::nullopt;
-  return linkTarget(name, target);
-}
-
-LinkTarget LinuxOpenFolder::linkTarget(std::string_view name,
-                                       const std::expected<UniqueDescriptor, int>& target) const {
+  const auto target = descriptors().openWhenPossible(find);
   FileUrl ownUrl = url().appending(name).standardized();
   if (!target) return {.url = std::move(ownUrl), .attributes = std::nullopt};
   return describeTarget(*target, std::move(ownUrl));
-}
-
-void LinuxOpenFolder::addMountTo(LocalMounts& mounts) {
-  if (const auto pin = descriptor()) mounts.add(pin->descriptor());
-}
-
-bool LinuxOpenFolder::isLocal() {
-  const auto pin = descriptor();
-  return pin && liesOnLocalFileSystem(pin->descriptor());
 }
 
 }  // namespace dunmere

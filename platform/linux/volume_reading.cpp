@@ -1,4 +1,4 @@
-#include "platform/linux/volume_reading.h"
+#include "platform/posix/volume_reading.h"
 
 #include <sys/statvfs.h>
 

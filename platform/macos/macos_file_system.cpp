@@ -9,9 +9,9 @@
 #include "platform/macos/mounted_volumes.h"
 #include "platform/macos/process_policies.h"
 #include "platform/macos/user_locale.h"
-#include "platform/macos/volume_reading.h"
 #include "platform/platform_file_system.h"
 #include "platform/posix/home_folder.h"
+#include "platform/posix/volume_reading.h"
 
 namespace dunmere {
 
@@ -30,8 +30,7 @@ std::unique_ptr<FileSystem> makePlatformFileSystem() {
   return std::make_unique<MacosFileSystem>();
 }
 
-MacosFileSystem::MacosFileSystem()
-    : descriptors_(FolderDescriptors::budgetOfProcess()), meter_(readVolume), nameOrder_(collationLocale()) {
+MacosFileSystem::MacosFileSystem() : descriptors_(FolderDescriptors::budgetOfProcess()), nameOrder_(collationLocale()) {
   keepCloudFilesAway();
 }
 
@@ -40,11 +39,14 @@ std::expected<std::shared_ptr<OpenFolder>, SweepError> MacosFileSystem::openFold
   return MacosOpenFolder::open(descriptors_, url, detail);
 }
 
-std::optional<std::vector<FileUrl>> MacosFileSystem::mountedVolumes() {
+std::optional<std::vector<VolumeMount>> MacosFileSystem::mountedVolumes() {
   const auto mounted = dunmere::mountedVolumes();
   if (!mounted) return std::nullopt;
-  std::vector<FileUrl> volumes;
-  for (const MountedVolume& volume : *mounted) volumes.emplace_back(volume.mountPoint);
+  std::vector<VolumeMount> volumes;
+  for (const MountedVolume& volume : *mounted) {
+    const FileUrl url(volume.mountPoint);
+    volumes.push_back({.url = url, .name = url.lastPathComponent(), .source = volume.device});
+  }
   return volumes;
 }
 
@@ -58,7 +60,7 @@ std::expected<VolumeValues, SweepError> MacosFileSystem::volumeValues(const File
   values.isBrowsable = volume->isBrowsable();
   if (!volume->isBrowsable() && volume->mountPoint == path) return values;
 
-  auto reading = meter_.measure(volume->mountPoint, path, volume->device);
+  auto reading = readVolume(path, volume->device);
   if (!reading) return std::unexpected(failure(url, reading.error()));
   values.name = std::move(reading->label);
   values.totalBytes = reading->totalBytes;

@@ -4,7 +4,6 @@
 #include "engine/file_system.h"
 #include "platform/icu/icu_name_order.h"
 #include "platform/posix/folder_descriptors.h"
-#include "platform/posix/volume_meter.h"
 
 namespace dunmere {
 
@@ -17,9 +16,10 @@ class MacosFileSystem final : public FileSystem {
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override;
 
   /// All mounted volumes, those that are not meant for people too.
-  std::optional<std::vector<FileUrl>> mountedVolumes() override;
+  std::optional<std::vector<VolumeMount>> mountedVolumes() override;
 
-  /// A volume that is not meant for people is not asked for anything but that. Waits at most VolumeMeter::kPatience.
+  using FileSystem::volumeValues;
+  /// A volume that is not meant for people is not asked for anything but that.
   std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) override;
 
   FileUrl homeFolder() override;
@@ -29,7 +29,6 @@ class MacosFileSystem final : public FileSystem {
 
  private:
   FolderDescriptors descriptors_;
-  VolumeMeter meter_;
   const IcuNameOrder nameOrder_;
 };
 

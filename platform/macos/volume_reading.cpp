@@ -1,4 +1,4 @@
-#include "platform/macos/volume_reading.h"
+#include "platform/posix/volume_reading.h"
 
 #include "platform/macos/attribute_request.h"
 #include "platform/macos/mounted_volumes.h"

@@ -48,13 +48,6 @@ std::expected<void, SweepError> PosixOpenFolder::openByPath() {
   return {};
 }
 
-bool PosixOpenFolder::openAt(int place) {
-  UniqueDescriptor opened(::openat(place, ".", kFolderFlags | O_NOFOLLOW));
-  if (!opened) return false;
-  descriptors_.keep(slot_, std::move(opened));
-  return true;
-}
-
 std::expected<void, SweepError> PosixOpenFolder::openBelowParent() {
   const auto pin = descriptor();
   if (!pin) return std::unexpected(failure(url(), pin.error()));

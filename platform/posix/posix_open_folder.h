@@ -26,22 +26,18 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
   /// Opens a folder without parent by its path, following links. Its descriptor stays open as long as it lives, since a
   /// path may lead elsewhere later. To be called once, before anything else.
   std::expected<void, SweepError> openByPath();
-  /// The same for a folder that was found by its path: `place` is a descriptor of it, of any kind. False when it cannot
-  /// be opened so.
-  bool openAt(int place);
   /// Opens a folder that has a parent; not if it is a link. To be called once, before anything else.
   std::expected<void, SweepError> openBelowParent();
 
   /// The open descriptor, opened anew if need be; at its first entry when its generation is another than before.
   std::expected<Pin, int> descriptor();
-  /// The same without waiting for a descriptor when the process has none left.
-  std::expected<Pin, int> pinOrReopen();
 
   FolderDescriptors& descriptors() const { return descriptors_; }
   FileUrl url() const;
   SweepError failure(FileUrl path, int error) const;
 
  private:
+  std::expected<Pin, int> pinOrReopen();
   std::expected<UniqueDescriptor, int> openEntry(int folder, const std::string& name) const;
   static void releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noexcept;
 

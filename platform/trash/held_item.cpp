@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/linux/local_file_system.h"
 #include "platform/posix/open_path.h"
 #include "platform/posix/system_code.h"
 
@@ -46,7 +45,6 @@ std::expected<HeldItem, std::error_code> holdItem(const FileUrl& url) {
   held.folder = std::move(*folder);
   held.item = UniqueDescriptor(openat(held.folder.get(), held.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   if (!held.item) return std::unexpected(systemCode(errno));
-  held.isLocal = liesOnLocalFileSystem(held.item.get());
   return held;
 }
 

@@ -16,7 +16,6 @@ struct HeldItem {
   UniqueDescriptor folder;
   std::string name;       ///< within the folder
   UniqueDescriptor item;  ///< the item itself, also when it is a link
-  bool isLocal = false;   ///< lies on a file system that never keeps anybody waiting
 };
 
 /// Holds the item at `url`; links in the folders above are followed. Fails with the system's code (EINVAL for a

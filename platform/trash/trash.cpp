@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <ctime>
 #include <expected>
-#include <functional>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -15,7 +14,6 @@
 
 #include "platform/linux/mount_choice.h"
 #include "platform/linux/mount_table.h"
-#include "platform/posix/patience.h"
 #include "platform/posix/system_code.h"
 #include "platform/trash/held_item.h"
 #include "platform/trash/trash_folder.h"
@@ -84,8 +82,7 @@ std::expected<TrashFolder, std::error_code> openTrash(const HeldItem& held, cons
 
 class ItemForTrash : public TrashableItem {
  public:
-  ItemForTrash(FileSystem& fileSystem, std::shared_ptr<Patience> patience, const FileUrl& url)
-      : fileSystem_(fileSystem), patience_(std::move(patience)), url_(url), held_(hold()) {}
+  ItemForTrash(FileSystem& fileSystem, const FileUrl& url) : fileSystem_(fileSystem), url_(url), held_(holdItem(url)) {}
 
   std::expected<void, SweepError> moveToTrash() override {
     SweepError error{.attempt = SweepAttempt::moveToTrash, .path = url_, .code = {}, .volumeName = {}};
@@ -95,42 +92,18 @@ class ItemForTrash : public TrashableItem {
   }
 
  private:
-  using Held = std::shared_ptr<const HeldItem>;
-
-  /// Another thread's answer, which may fail to come.
-  template <typename Value>
-  std::expected<Value, std::error_code> ask(std::function<std::expected<Value, std::error_code>()> question) {
-    auto answer = patience_->ask<std::expected<Value, std::error_code>>(url_.deletingLastPathComponent().bytes(),
-                                                                        std::move(question));
-    return answer ? *std::move(answer) : std::unexpected(systemCode(answer.error()));
-  }
-
-  std::expected<Held, std::error_code> hold() {
-    return ask<Held>([url = url_]() -> std::expected<Held, std::error_code> {
-      auto held = holdItem(url);
-      if (!held) return std::unexpected(held.error());
-      return std::make_shared<const HeldItem>(*std::move(held));
-    });
-  }
-
-  /// The first look at the item since it is held: a share that does not answer any more is found out here.
-  std::expected<bool, std::error_code> isInPlace(const Held& held) {
-    const auto look = [held] { return isHeldItem(*held, held->folder, held->name); };
-    return held->isLocal ? look() : ask<bool>(look);
-  }
-
   std::error_code move(std::string& volumeName) {
     if (!held_) return held_.error();
-    const HeldItem& held = **held_;
-    const auto isHere = isInPlace(*held_);
-    if (!isHere) return isHere.error();
-    if (!*isHere) return systemCode(ESTALE);
+    const HeldItem& held = *held_;
     const auto folder = currentPath(held.folder);
     if (!folder) return folder.error();
     const std::string path = FileUrl(*folder).appending(held.name).bytes();
     const auto mounts = readMountTable();
     if (!mounts) return systemCode(mounts.error());
-    if (isMountAtOrBelow(*mounts, path)) return systemCode(EBUSY);
+    if (isMountAtOrBelow(*mounts, path)) return systemCode(EBUSY);  // first: its file system may never answer
+    const auto isHere = isHeldItem(held, held.folder, held.name);
+    if (!isHere) return isHere.error();
+    if (!*isHere) return systemCode(ESTALE);
 
     const MountEntry* const mount = mountHolding(*mounts, path);
     const auto trash = openTrash(held, mount);
@@ -147,17 +120,14 @@ class ItemForTrash : public TrashableItem {
   }
 
   FileSystem& fileSystem_;
-  const std::shared_ptr<Patience> patience_;
   const FileUrl url_;
-  const std::expected<Held, std::error_code> held_;
+  const std::expected<HeldItem, std::error_code> held_;
 };
 
 }  // namespace
 
-Trash::Trash(FileSystem& fileSystem) : fileSystem_(fileSystem), patience_(std::make_shared<Patience>()) {}
-
 std::unique_ptr<TrashableItem> Trash::hold(const FileUrl& url) {
-  return std::make_unique<ItemForTrash>(fileSystem_, patience_, url);
+  return std::make_unique<ItemForTrash>(fileSystem_, url);
 }
 
 }  // namespace dunmere

@@ -8,6 +8,7 @@ Row {
     required property int index
     required property RowListModel rows
     required property string folderName
+    required property bool isReading
     required property bool isTabStop
     readonly property alias column: sweeperColumn
 
@@ -22,6 +23,7 @@ Row {
         height: root.height
         rows: root.rows
         folderName: root.folderName
+        isReading: root.isReading
         isTabStop: root.isTabStop
         onRowActivated: row => root.rowActivated(row)
         onLeftRequested: root.leftRequested()

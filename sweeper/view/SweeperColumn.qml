@@ -12,6 +12,8 @@ Rectangle {
 
     required property RowListModel rows
     required property string folderName
+    /// Its folder has not answered yet.
+    required property bool isReading
 
     signal rowActivated(row: int)
     signal leftRequested
@@ -65,6 +67,7 @@ Rectangle {
 
         Accessible.role: Accessible.List
         Accessible.name: root.folderName
+        Accessible.description: root.isReading ? qsTr("Reading…") : ""
 
         delegate: SweeperRow {
             width: list.width
@@ -209,6 +212,13 @@ Rectangle {
                 return list.mapToItem(null, 0, 0).y;
             }
         }
+    }
+
+    Spinner {
+        objectName: "columnSpinner"
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: 12
+        visible: root.isReading
     }
 
     Rectangle {

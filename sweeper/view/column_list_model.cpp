@@ -1,22 +1,11 @@
 #include "sweeper/view/column_list_model.h"
 
 #include <algorithm>
-#include <optional>
+#include <utility>
 
 #include "sweeper/view/shown_text.h"
 
 namespace dunmere {
-namespace {
-
-std::optional<std::size_t> selectedRow(const DiskSweeperPane& pane, std::size_t depth) {
-  const std::vector<SweeperItem>& items = pane.columnChildren()[depth];
-  const auto selected =
-      std::ranges::find_if(items, [&](const SweeperItem& item) { return pane.isRowSelected(item, depth); });
-  if (selected == items.end()) return std::nullopt;
-  return static_cast<std::size_t>(selected - items.begin());
-}
-
-}  // namespace
 
 ColumnListModel::ColumnListModel(QObject* parent) : QAbstractListModel(parent) {}
 
@@ -28,7 +17,7 @@ void ColumnListModel::update(const DiskSweeperPane& pane) {
   while (kept < std::min(open, columns_.size()) && columns_[kept].folder == folders[kept]) ++kept;
   closeColumnsFrom(kept);
   for (std::size_t depth = 0; depth < kept; ++depth) {
-    columns_[depth].rows->update(pane.columnChildren()[depth], selectedRow(pane, depth), pane.rowNumbers(depth));
+    updateColumn(depth, pane);
   }
   openColumnsUpTo(open, pane);
   if (count() != countBefore) emit countChanged();
@@ -46,13 +35,24 @@ QVariant ColumnListModel::data(const QModelIndex& index, int role) const {
       return QVariant::fromValue(column.rows);
     case FolderNameRole:
       return shownText(column.folder.lastPathComponent());
+    case IsReadingRole:
+      return column.isReading;
     default:
       return {};
   }
 }
 
 QHash<int, QByteArray> ColumnListModel::roleNames() const {
-  return {{RowsRole, "rows"}, {FolderNameRole, "folderName"}};
+  return {{RowsRole, "rows"}, {FolderNameRole, "folderName"}, {IsReadingRole, "isReading"}};
+}
+
+void ColumnListModel::updateColumn(std::size_t depth, const DiskSweeperPane& pane) {
+  Column& column = columns_[depth];
+  column.rows->update(pane.columnChildren()[depth], pane.selectedRow(depth));
+  const bool isReading = pane.isReadingColumn(depth);
+  if (std::exchange(column.isReading, isReading) == isReading) return;
+  const QModelIndex changed = index(static_cast<int>(depth));
+  emit dataChanged(changed, changed, {IsReadingRole});
 }
 
 void ColumnListModel::closeColumnsFrom(std::size_t depth) {
@@ -69,8 +69,8 @@ void ColumnListModel::openColumnsUpTo(std::size_t open, const DiskSweeperPane& p
   if (open <= columns_.size()) return;
   std::vector<Column> opened;
   for (std::size_t depth = columns_.size(); depth < open; ++depth) {
-    opened.push_back({pane.pathDirectories()[depth], new RowListModel(this)});
-    opened.back().rows->update(pane.columnChildren()[depth], selectedRow(pane, depth), pane.rowNumbers(depth));
+    opened.push_back({pane.pathDirectories()[depth], new RowListModel(this), pane.isReadingColumn(depth)});
+    opened.back().rows->update(pane.columnChildren()[depth], pane.selectedRow(depth));
   }
   beginInsertRows({}, count(), static_cast<int>(open) - 1);
   columns_.insert(columns_.end(), opened.begin(), opened.end());

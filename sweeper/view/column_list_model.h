@@ -22,7 +22,7 @@ class ColumnListModel : public QAbstractListModel {
   Q_PROPERTY(int count READ count NOTIFY countChanged FINAL)
 
  public:
-  enum Role { RowsRole = Qt::UserRole + 1, FolderNameRole };
+  enum Role { RowsRole = Qt::UserRole + 1, FolderNameRole, IsReadingRole };
 
   explicit ColumnListModel(QObject* parent = nullptr);
 
@@ -40,8 +40,10 @@ class ColumnListModel : public QAbstractListModel {
   struct Column {
     FileUrl folder;
     RowListModel* rows = nullptr;  // a child of this model
+    bool isReading = false;        // has no rows yet
   };
 
+  void updateColumn(std::size_t depth, const DiskSweeperPane& pane);
   void closeColumnsFrom(std::size_t depth);
   void openColumnsUpTo(std::size_t count, const DiskSweeperPane& pane);
 

@@ -21,49 +21,57 @@ int toInt(std::size_t row) {
 
 RowListModel::RowListModel(QObject* parent) : QAbstractListModel(parent) {}
 
-void RowListModel::update(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow,
-                          RowNumbers numbers) {
-  const bool isTheSame = numbers.edition != 0 && numbers.edition == edition_ && numbers.revision == revision_;
-  if (isTheSame && selectedRow == selectedRow_) return;
-  const ListMatch match = matchNext(items, selectedRow, numbers);
-  const std::optional<std::vector<ListChange>> steps = listChanges(match, kMostRowSteps);
-  const bool rowsStay = steps && steps->empty();
-  if (!rowsStay) {
-    const int countBefore = count();
-    const int pressedBefore = pressedRow();
-    const int focusedBefore = focusedRow();
-    emit aboutToUpdate();
-    if (steps) {
-      applySteps(*steps);
-    } else {
-      resort(match);
-    }
-    if (count() != countBefore) emit countChanged();
-    if (pressedRow() != pressedBefore) emit pressedRowChanged();
-    const bool focusedGone = focusedBefore >= 0 && focusedRow() < 0;
-    if (focusedGone) focusedRow_ = index(std::min(focusedBefore, count() - 1));
-    if (focusedGone || focusedRow() != focusedBefore) emit focusedRowChanged();
+void RowListModel::update(const ColumnRows& rows, std::optional<std::size_t> selectedRow) {
+  if (rows.revision() == shown_.revision() && selectedRow == selectedRow_) return;
+  const QPersistentModelIndex oldSelected(selectedRow_ ? index(toInt(*selectedRow_)) : QModelIndex());
+  const auto& changed = rows.changes().shownAnew;
+  const bool follows = rows.changes().since == shown_.revision() && rows.revision() != shown_.revision();
+  next_ = rows;
+  nextSelectedRow_ = selectedRow;
+  if (rows.revision() != shown_.revision()) changeRows();
+  shown_ = std::exchange(next_, {});
+  selectedRow_ = selectedRow;
+  if (follows) {
+    for (const auto& [first, last] : changed) emit dataChanged(index(toInt(first)), index(toInt(last)));
   }
-  showNext();
-  if (!rowsStay) emit updated();
+  const QModelIndex newSelected = selectedRow ? index(toInt(*selectedRow)) : QModelIndex();
+  if (oldSelected == newSelected) return;
+  if (oldSelected.isValid()) emit dataChanged(oldSelected, oldSelected);
+  if (newSelected.isValid()) emit dataChanged(newSelected, newSelected);
 }
 
-/// Makes next_, and tells where its rows are now.
-ListMatch RowListModel::matchNext(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow,
-                                  RowNumbers numbers) {
-  ListMatch match;
-  if (numbers.edition != 0 && numbers.edition == edition_) {
-    match = matchNumbers(numbers_, numbers.inOrder);
-    next_ = ShownRows(shown_, match.oldIndex, items, selectedRow);
-  } else {
-    next_ = ShownRows(items, selectedRow);
-    match = matchLists(shown_.names(), next_.names());
-  }
-  edition_ = numbers.edition;
-  revision_ = numbers.revision;
-  selectedRow_ = selectedRow;
-  numbers_.assign(numbers.inOrder.begin(), numbers.inOrder.end());
-  return match;
+/// Brings the rows of next_ to where they belong.
+void RowListModel::changeRows() {
+  const ColumnChanges& changes = next_.changes();
+  const bool follows = changes.since == shown_.revision();
+  if (follows && changes.steps && changes.steps->empty()) return;
+  order_.resize(shown_.size());
+  std::iota(order_.begin(), order_.end(), RowId{0});
+  keepPlaces([&] {
+    if (!follows) {
+      resort({shown_.size(), std::vector<std::size_t>(next_.size(), kNew)});
+    } else if (changes.steps) {
+      applySteps(*changes.steps);
+    } else {
+      resort(changes.match);
+    }
+  });
+  order_.clear();
+}
+
+/// Tells what `change` does to the rows that the mouse and the keyboard are at.
+void RowListModel::keepPlaces(const std::function<void()>& change) {
+  const int countBefore = count();
+  const int pressedBefore = pressedRow();
+  const int focusedBefore = focusedRow();
+  emit aboutToUpdate();
+  change();
+  if (count() != countBefore) emit countChanged();
+  if (pressedRow() != pressedBefore) emit pressedRowChanged();
+  const bool focusedGone = focusedBefore >= 0 && focusedRow() < 0;
+  if (focusedGone) focusedRow_ = index(std::min(focusedBefore, count() - 1));
+  if (focusedGone || focusedRow() != focusedBefore) emit focusedRowChanged();
+  emit updated();
 }
 
 void RowListModel::setPressedRow(int row) {
@@ -84,22 +92,23 @@ int RowListModel::rowCount(const QModelIndex& parent) const {
 
 QVariant RowListModel::data(const QModelIndex& index, int role) const {
   if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) return {};
-  const ShownRow& row = rowAt(static_cast<std::size_t>(index.row()));
+  const Row row = rowAt(static_cast<std::size_t>(index.row()));
+  const ColumnRow& facts = row.rows.row(row.index);
   switch (role) {
     case NameRole:
-      return shownText(row.name);
+      return shownText(row.rows.name(row.index));
     case SizeTextRole:
       return sizeText(row);
     case AccessibleTextRole:
       return accessibleText(row);
     case IsDirectoryRole:
-      return row.isDirectory;
+      return facts.isDirectory;
     case IsSymbolicLinkRole:
-      return row.isSymbolicLink;
+      return facts.isSymbolicLink;
     case IsCompleteZeroRole:
-      return row.sizeBytes == 0 && !row.sizeIsPartialMinimum;
+      return facts.sizeBytes == 0 && !row.rows.sizeIsPartialMinimum(row.index);
     case SelectedRole:
-      return row.selected;
+      return row.isSelected;
     default:
       return {};
   }
@@ -115,25 +124,28 @@ QHash<int, QByteArray> RowListModel::roleNames() const {
           {SelectedRole, "selected"}};
 }
 
-QString RowListModel::sizeText(const ShownRow& row) {
+QString RowListModel::sizeText(const Row& row) {
   SweeperItem item;
-  item.sizeBytes = row.sizeBytes;
-  item.sizeIsPartialMinimum = row.sizeIsPartialMinimum;
+  item.sizeBytes = row.rows.row(row.index).sizeBytes;
+  item.sizeIsPartialMinimum = row.rows.sizeIsPartialMinimum(row.index);
   return QString::fromStdString(DiskSweeperPane::sizeLabel(item));
 }
 
-QString RowListModel::accessibleText(const ShownRow& row) {
-  const QString kind = row.isSymbolicLink
-                           ? (row.isDirectory ? QStringLiteral("link to a folder") : QStringLiteral("link"))
-                           : (row.isDirectory ? QStringLiteral("folder") : QStringLiteral("file"));
-  const QString least = row.sizeIsPartialMinimum ? QStringLiteral("at least ") : QString();
-  const QString size = QString::fromStdString(byteCountText(row.sizeBytes));
-  return shownText(row.name) + QStringLiteral(", ") + kind + QStringLiteral(", ") + least + size;
+QString RowListModel::accessibleText(const Row& row) {
+  const ColumnRow& facts = row.rows.row(row.index);
+  const QString kind = facts.isSymbolicLink
+                           ? (facts.isDirectory ? QStringLiteral("link to a folder") : QStringLiteral("link"))
+                           : (facts.isDirectory ? QStringLiteral("folder") : QStringLiteral("file"));
+  const QString least = row.rows.sizeIsPartialMinimum(row.index) ? QStringLiteral("at least ") : QString();
+  const QString size = QString::fromStdString(byteCountText(facts.sizeBytes));
+  return shownText(row.rows.name(row.index)) + QStringLiteral(", ") + kind + QStringLiteral(", ") + least + size;
 }
 
-const ShownRow& RowListModel::rowAt(std::size_t position) const {
-  const RowId id = order_[position];
-  return (id & kOfNext) != 0 ? next_[id & ~kOfNext] : shown_[id];
+RowListModel::Row RowListModel::rowAt(std::size_t position) const {
+  const RowId id = order_.empty() ? static_cast<RowId>(position) : order_[position];
+  const std::size_t index = id & ~kOfNext;
+  if ((id & kOfNext) != 0) return {next_, index, index == nextSelectedRow_};
+  return {shown_, index, index == selectedRow_};
 }
 
 void RowListModel::applySteps(const std::vector<ListChange>& steps) {
@@ -193,6 +205,7 @@ void RowListModel::removeRange(std::size_t first, std::size_t count) {
   beginRemoveRows({}, toInt(first), toInt(first + count) - 1);
   const auto begin = order_.begin() + static_cast<std::ptrdiff_t>(first);
   order_.erase(begin, begin + static_cast<std::ptrdiff_t>(count));
+  count_ = toInt(order_.size());
   endRemoveRows();
 }
 
@@ -200,6 +213,7 @@ void RowListModel::insertRange(std::size_t first, const std::vector<RowId>& adde
   if (added.empty()) return;
   beginInsertRows({}, toInt(first), toInt(first + added.size()) - 1);
   order_.insert(order_.begin() + static_cast<std::ptrdiff_t>(first), added.begin(), added.end());
+  count_ = toInt(order_.size());
   endInsertRows();
 }
 
@@ -233,24 +247,6 @@ void RowListModel::reorder(const std::vector<std::size_t>& oldPositions) {
     changePersistentIndex(was, index(newPositions[static_cast<std::size_t>(was.row())]));
   }
   emit layoutChanged({}, VerticalSortHint);
-}
-
-// All rows stand where they belong: what is left is to tell which of them have new values.
-void RowListModel::showNext() {
-  std::vector<std::pair<int, int>> changed;  // first and last row of each run
-  for (std::size_t row = 0; row < order_.size(); ++row) {
-    if (rowAt(row).showsTheSameAs(next_[row])) continue;
-    if (!changed.empty() && changed.back().second == toInt(row) - 1) {
-      changed.back().second = toInt(row);
-    } else {
-      changed.emplace_back(toInt(row), toInt(row));
-    }
-  }
-  shown_ = std::exchange(next_, {});
-  std::iota(order_.begin(), order_.end(), RowId{0});
-  // Very many runs are told as one: views look only at the rows on screen, but they look at every signal.
-  if (changed.size() > kMostRowSteps) changed = {{changed.front().first, changed.back().second}};
-  for (const auto& [first, last] : changed) emit dataChanged(index(first), index(last));
 }
 
 }  // namespace dunmere

@@ -7,19 +7,18 @@
 #include <QPersistentModelIndex>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
-#include "engine/row_order.h"
-#include "engine/sweeper_item.h"
-#include "sweeper/view/list_changes.h"
-#include "sweeper/view/shown_rows.h"
+#include "engine/column_rows.h"
+#include "engine/list_changes.h"
 
 namespace dunmere {
 
-/// Shows one folder for its whole life. A row is the same row as long as its name is: an update removes, moves and
-/// inserts only the rows that differ and then tells which values changed, so that scroll position, keyboard focus and a
-/// pressed mouse button stay with their row. It never resets. Main thread.
+/// Shows one folder for its whole life. It compares nothing: rows come with what changed since those before, and it
+/// removes, moves and inserts just these, so that scroll position, keyboard focus and a pressed mouse button stay with
+/// their row. It never resets. Main thread.
 class RowListModel : public QAbstractListModel {
   Q_OBJECT
   QML_ELEMENT
@@ -41,19 +40,13 @@ class RowListModel : public QAbstractListModel {
     SelectedRole,
   };
 
-  /// An update that needs more row steps than this re-sorts the rows in place instead. With Qt 6.4 and 100,000 rows a
-  /// move with all that a view does for it takes 0.1 ms, so that 250 stay within two frames; sorting in place costs
-  /// about as much as 50 moves, however many rows move.
-  static constexpr std::size_t kMostRowSteps = 250;
-
   explicit RowListModel(QObject* parent = nullptr);
 
-  /// Makes the rows those of `items`, which are children of one folder. `selectedRow` is an index into `items`. Rows
-  /// that come with numbers of the same edition as those before are told by these, others by name; with the same
-  /// revision too nothing but the selection is looked at.
-  void update(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow, RowNumbers numbers = {});
+  /// Shows `rows`, children of one folder, and marks the one at `selectedRow`. Applies the changes that come with them
+  /// when they follow the rows that are shown, else replaces all rows.
+  void update(const ColumnRows& rows, std::optional<std::size_t> selectedRow);
 
-  int count() const { return static_cast<int>(order_.size()); }
+  int count() const { return count_; }
   int pressedRow() const { return pressedRow_.row(); }
   void setPressedRow(int row);
   int focusedRow() const { return focusedRow_.row(); }
@@ -75,27 +68,31 @@ class RowListModel : public QAbstractListModel {
   using RowId = std::uint32_t;
   static constexpr RowId kOfNext = RowId{1} << 31;
 
-  static QString sizeText(const ShownRow& row);
-  static QString accessibleText(const ShownRow& row);
+  struct Row {
+    const ColumnRows& rows;
+    std::size_t index;
+    bool isSelected;
+  };
 
-  const ShownRow& rowAt(std::size_t position) const;
-  ListMatch matchNext(const std::vector<SweeperItem>& items, std::optional<std::size_t> selectedRow,
-                      RowNumbers numbers);
+  static QString sizeText(const Row& row);
+  static QString accessibleText(const Row& row);
+
+  Row rowAt(std::size_t position) const;
+  void changeRows();
   void applySteps(const std::vector<ListChange>& steps);
   void resort(const ListMatch& match);
   void removeRange(std::size_t first, std::size_t count);
   void insertRange(std::size_t first, const std::vector<RowId>& added);
   void moveRow(std::size_t from, std::size_t to);
   void reorder(const std::vector<std::size_t>& oldPositions);
-  void showNext();
+  void keepPlaces(const std::function<void()>& change);
 
-  ShownRows shown_;
-  ShownRows next_;            // what an update leads to; empty between updates
-  std::vector<RowId> order_;  // between updates every row of shown_ in turn
-  std::uint64_t edition_ = 0;
-  std::uint64_t revision_ = 0;
-  std::optional<std::size_t> selectedRow_;
-  std::vector<RowPosition> numbers_;  // of shown_ in turn, when there is an edition
+  ColumnRows shown_;
+  ColumnRows next_;           // what an update leads to
+  std::vector<RowId> order_;  // empty between updates, when every row of shown_ stands in turn
+  int count_ = 0;
+  std::optional<std::size_t> selectedRow_;      // of shown_
+  std::optional<std::size_t> nextSelectedRow_;  // of next_
   QPersistentModelIndex pressedRow_;
   QPersistentModelIndex focusedRow_;
 };

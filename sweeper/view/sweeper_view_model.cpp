@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/sweeper_item.h"
+#include "engine/column_rows.h"
 #include "engine/sweeper_volume.h"
 
 namespace dunmere {
@@ -22,8 +22,8 @@ const Element* elementAt(const std::vector<Element>& list, int index) {
 }  // namespace
 
 SweeperViewModel::SweeperViewModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread,
-                                   BoolBinding pendingGoToDrives, QObject* parent)
-    : QObject(parent), pane_(fileSystem, desktop, mainThread, std::move(pendingGoToDrives)) {
+                                   Background& background, BoolBinding pendingGoToDrives, QObject* parent)
+    : QObject(parent), pane_(fileSystem, desktop, mainThread, background, std::move(pendingGoToDrives)) {
   pane_.setListener([this] { paneChanged(); });
   shown_ = readPane();
 }
@@ -56,9 +56,9 @@ void SweeperViewModel::openFolderSweep() {
 }
 
 void SweeperViewModel::selectRow(int column, int row) {
-  const std::vector<SweeperItem>* items = elementAt(pane_.columnChildren(), column);
-  const SweeperItem* item = items ? elementAt(*items, row) : nullptr;
-  if (item) pane_.selectItem(*item, static_cast<std::size_t>(column));
+  const ColumnRows* rows = elementAt(pane_.columnChildren(), column);
+  if (!rows || row < 0 || static_cast<std::size_t>(row) >= rows->size()) return;
+  pane_.selectItem((*rows)[static_cast<std::size_t>(row)], static_cast<std::size_t>(column));
 }
 
 void SweeperViewModel::requestTrash() {

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include "engine/file_system.h"
+#include "sweeper/background.h"
 #include "sweeper/desktop.h"
 #include "sweeper/disk_sweeper_pane.h"
 #include "sweeper/main_thread.h"
@@ -37,8 +38,8 @@ class SweeperViewModel : public QObject {
   Q_PROPERTY(bool confirmTrash READ confirmTrash NOTIFY confirmTrashChanged FINAL)
 
  public:
-  SweeperViewModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, BoolBinding pendingGoToDrives,
-                   QObject* parent = nullptr);
+  SweeperViewModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, Background& background,
+                   BoolBinding pendingGoToDrives, QObject* parent = nullptr);
   ~SweeperViewModel() override;
 
   bool browsing() const { return shown_.browsing; }

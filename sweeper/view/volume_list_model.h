@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "engine/list_changes.h"
 #include "engine/sweeper_volume.h"
-#include "sweeper/view/list_changes.h"
 
 namespace dunmere {
 

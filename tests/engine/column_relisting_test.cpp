@@ -40,8 +40,9 @@ class Relisting : public testing::Test {
   using Rows = std::vector<SweeperItem>;
 
   const Rows& list() {
-    EXPECT_TRUE(listing_.list(fileSystem_, FileUrl("/root"), inventory_, rows_));
-    return rows_;
+    const auto looks = inventory_.scanComplete ? ColumnListing::Looks::all : ColumnListing::Looks::some;
+    shown_ = listing_.list(fileSystem_, inventory_, looks).value();
+    return rows_ = shown_.items();
   }
   Rows listAnew() { return DiskSweeperScan::columnChildren(fileSystem_, FileUrl("/root"), inventory_).value(); }
   int readsOfListing() {
@@ -63,7 +64,8 @@ class Relisting : public testing::Test {
 
   KeyCountingFileSystem fileSystem_;
   SweepInventory inventory_ = SweepInventory::emptyFor(FileUrl("/root"));
-  ColumnListing listing_;
+  ColumnListing listing_{FileUrl("/root")};
+  ColumnRows shown_;
   Rows rows_;
   std::atomic<int> reads_ = 0;  // a scan reads on several threads
 };
@@ -90,8 +92,7 @@ TEST_F(Relisting, NamesThatStayNeedNoNewKeys) {
   for (const char* file : {"/root/a", "/root/b", "/root/c"}) fileSystem_.addFile(file, 7);
   for (const bool stamps : {true, false}) {
     fileSystem_.setStamps(stamps);
-    listing_ = {};
-    rows_.clear();
+    listing_ = ColumnListing(FileUrl("/root"));
     EXPECT_EQ(keysMadeByListing(), 3);
     scan();
     EXPECT_EQ(keysMadeByListing(), 0);
@@ -127,37 +128,66 @@ TEST_F(Relisting, ASpecialFileStaysARowOfZeroThatNobodyLooksAt) {
   EXPECT_EQ(fileSystem_.attributeReads(), std::vector<std::string>());
 }
 
-TEST_F(Relisting, WhileAScanGoesOnFilesAndLinksAreLookedAtInTurn) {
-  constexpr std::size_t kFiles = 100;
-  for (std::size_t i = 0; i < kFiles; ++i) fileSystem_.addFile("/root/" + std::to_string(i), 7);
-  fileSystem_.addFolder("/target");
-  fileSystem_.addLink("/root/link", "../target");
+// What looks at the disk cost is bounded while a scan goes on, and after it each listing looks at all.
+TEST_F(Relisting, WhileAScanGoesOnUncountedFilesAreLookedAtInTurn) {
+  constexpr std::int64_t kFiles = 4 * ColumnListing::kLeastLooks;
+  fileSystem_.setBatchSize(1000);
+  for (std::int64_t i = 0; i < kFiles; ++i) fileSystem_.addFile("/root/" + std::to_string(i), 7);
   fileSystem_.addFile("/root/counted/file", 7);
   startScanOf("/root/counted");
   const auto looksOfListing = [this] {
     const std::size_t before = fileSystem_.attributeReads().size();
     list();
-    return fileSystem_.attributeReads().size() - before;
+    return static_cast<std::int64_t>(fileSystem_.attributeReads().size() - before);
   };
-  EXPECT_EQ(looksOfListing(), kFiles);
-  EXPECT_LE(looksOfListing(), 1U) << "no time has passed";
-  for (std::size_t i = 0; i < kFiles; ++i) fileSystem_.addFile("/root/" + std::to_string(i), 9);
-  fileSystem_.remove("/target");
-  std::size_t looks = 0;
-  for (int listing = 0; listing < 10; ++listing) {
-    fileSystem_.advanceClock(LookRounds::kRound / 10);
-    const std::size_t some = looksOfListing();
-    EXPECT_LE(some, kFiles / 10 + 2);
-    looks += some;
+  for (int listing = 1; listing <= 4; ++listing) {
+    EXPECT_EQ(looksOfListing(), ColumnListing::kLeastLooks);
+    EXPECT_EQ(listing_.hasUnseen(), listing < 4);
   }
-  EXPECT_GE(looks, kFiles);
   EXPECT_EQ(rows_, listAnew());
-
-  fileSystem_.advanceClock(LookRounds::kRound);
-  EXPECT_EQ(looksOfListing(), kFiles);
+  fileSystem_.advanceClock(std::chrono::milliseconds(20));
+  EXPECT_EQ(looksOfListing(), ColumnListing::kLooksPerSecond / 50);
   inventory_.scanComplete = true;
   EXPECT_EQ(looksOfListing(), kFiles);
   EXPECT_EQ(looksOfListing(), kFiles);
+}
+
+TEST_F(Relisting, LooksThatTakeLongAreBrokenOffAndGoneOnWith) {
+  for (int i = 0; i < 100; ++i) fileSystem_.addFile("/root/" + std::to_string(i), 7);
+  fileSystem_.setClockStep(ColumnListing::kLongestLook);
+  list();
+  EXPECT_LT(fileSystem_.attributeReads().size(), 50U);
+  EXPECT_TRUE(listing_.hasUnseen());
+  for (int listing = 0; listing < 100 && listing_.hasUnseen(); ++listing) list();
+  EXPECT_FALSE(listing_.hasUnseen());
+  EXPECT_EQ(rows_, listAnew());
+}
+
+TEST_F(Relisting, WhatWasSeenStaysKnownWhenTheFolderChanges) {
+  for (int i = 0; i < 100; ++i) fileSystem_.addFile("/root/" + std::to_string(i), 7);
+  fileSystem_.addFile("/root/z", 3);
+  fileSystem_.addLink("/root/link", "z");
+  list();
+  fileSystem_.remove("/root/50");
+  fileSystem_.setClockStep(ColumnListing::kLongestLook);
+  EXPECT_EQ(list(), listAnew());
+}
+
+TEST_F(Relisting, ALinkWithoutAnAnswerHasNoTargetUntilItComes) {
+  fileSystem_.addFile("/root/file", 7);
+  fileSystem_.addLink("/root/link", "file");
+  ColumnListing::LinkTargets answers;
+  const auto noAnswer = [&](const auto& folder, const auto& names) {
+    if (!names.empty()) answers = ColumnListing::waitForLinks(folder, names);
+    return ColumnListing::LinkTargets();
+  };
+  const auto lateAnswer = [&](const auto&, const auto&) { return answers; };
+  auto rows = listing_.list(fileSystem_, inventory_, ColumnListing::Looks::some, noAnswer).value().items();
+  EXPECT_EQ(rowOf(rows, "link"), (SweeperItem{FileUrl("/root/link"), "link", false, 0, false, true}));
+  EXPECT_EQ(rowOf(rows, "file").sizeBytes, 7);
+  EXPECT_FALSE(listing_.hasUnseen());
+  rows = listing_.list(fileSystem_, inventory_, ColumnListing::Looks::some, lateAnswer).value().items();
+  EXPECT_EQ(rowOf(rows, "link").sizeBytes, 7);
 }
 
 TEST_F(Relisting, FilesThatOnlyAnotherScanCountedAreLookedAtAtOnce) {
@@ -195,31 +225,14 @@ TEST_F(Relisting, AnEntryOfAnotherKindIsAnotherEntry) {
   }
 }
 
-TEST_F(Relisting, AnotherFolderIsListedAnew) {
-  fileSystem_.addFile("/root/a", 7);
-  fileSystem_.addFile("/other/a", 8);
-  list();
-  ASSERT_TRUE(listing_.list(fileSystem_, FileUrl("/other"), inventory_, rows_));
-  EXPECT_EQ(rows_.front().url, FileUrl("/other/a"));
-  EXPECT_EQ(rows_.front().sizeBytes, 8);
-}
-
-TEST_F(Relisting, RowsThatTheCallerThrewAwayComeAgain) {
-  fileSystem_.addFile("/root/a", 7);
-  fileSystem_.addFile("/root/b", 8);
-  list();
-  rows_.clear();
-  EXPECT_EQ(list(), listAnew());
-}
-
 TEST_F(Relisting, AFailureLeavesNoRowsAndIsForgotten) {
   fileSystem_.addFile("/root/a", 7);
   list();
   fileSystem_.makeUnreadable("/root");
-  EXPECT_FALSE(listing_.list(fileSystem_, FileUrl("/root"), inventory_, rows_));
-  EXPECT_TRUE(rows_.empty());
+  EXPECT_FALSE(listing_.list(fileSystem_, inventory_));
   fileSystem_.makeReadable("/root");
   EXPECT_EQ(list(), listAnew());
+  EXPECT_EQ(shown_.changes().since, 0U) << "there were no rows before";
 }
 
 TEST_F(Relisting, CountsOfAnotherScanDoNotStay) {
@@ -250,32 +263,15 @@ TEST_F(Relisting, GoesOnWhereTheListingWasMovedTo) {
   }
 }
 
-TEST_F(Relisting, NumbersStayWithTheirRowsUntilTheFolderChanges) {
-  fileSystem_.addFile("/root/a", 3);
-  fileSystem_.addFile("/root/b", 2);
-  fileSystem_.addFile("/root/c", 1);
-  list();
-  const std::uint64_t edition = listing_.numbers().edition;
-  EXPECT_NE(edition, 0U);
-  EXPECT_TRUE(std::ranges::equal(listing_.numbers().inOrder, std::vector<RowPosition>{0, 1, 2}));
-  fileSystem_.addFile("/root/c", 4);
-  list();
-  EXPECT_EQ(listing_.numbers().edition, edition);
-  EXPECT_TRUE(std::ranges::equal(listing_.numbers().inOrder, std::vector<RowPosition>{2, 0, 1}));
-  fileSystem_.addFile("/root/d", 4);
-  list();
-  EXPECT_NE(listing_.numbers().edition, edition);
-}
-
 TEST_F(Relisting, TheRevisionTellsWhetherAnyRowHasChanged) {
   fileSystem_.addFile("/root/folder/file", 3);
   fileSystem_.addFile("/root/file", 2);
   scan();
   list();
   const auto changes = [this] {
-    const std::uint64_t before = listing_.numbers().revision;
+    const std::uint64_t before = shown_.revision();
     list();
-    return listing_.numbers().revision != before;
+    return shown_.revision() != before;
   };
   EXPECT_FALSE(changes());
   inventory_.hadReadErrors = true;
@@ -285,6 +281,51 @@ TEST_F(Relisting, TheRevisionTellsWhetherAnyRowHasChanged) {
   scan();
   EXPECT_TRUE(changes());
   EXPECT_FALSE(changes());
+}
+
+TEST_F(Relisting, RowsThatAreShownAlreadyAreWhereTheChangesBegin) {
+  fileSystem_.addFile("/root/a", 3);
+  fileSystem_.addFile("/root/b", 2);
+  list();
+  const ColumnRows shown = shown_;
+  fileSystem_.addFile("/root/c", 1);
+  listing_ = ColumnListing(FileUrl("/root"), shown);
+  list();
+  EXPECT_EQ(shown_.changes().since, shown.revision());
+  EXPECT_EQ(shown_.changes().steps, (std::vector{ListChange{ListChange::Kind::insert, 2, 1, 2}}));
+}
+
+/// The names of `rows` once the changes to `next` are applied.
+std::vector<std::string> applied(const std::vector<std::string>& rows, const ColumnRows& next) {
+  std::vector<std::string> result;
+  const auto at = [](std::size_t index) { return static_cast<std::ptrdiff_t>(index); };
+  if (!next.changes().steps) {
+    for (std::size_t row = 0; row < next.size(); ++row) {
+      const std::size_t old = next.changes().match.oldIndex[row];
+      result.push_back(old == ListMatch::kNew ? std::string(next.name(row)) : rows[old]);
+    }
+    return result;
+  }
+  result = rows;
+  for (const ListChange& step : *next.changes().steps) {
+    if (step.kind == ListChange::Kind::remove) {
+      result.erase(result.begin() + at(step.position), result.begin() + at(step.position + step.count));
+    } else if (step.kind == ListChange::Kind::move) {
+      const std::string moved = result[step.position];
+      result.erase(result.begin() + at(step.position));
+      result.insert(result.begin() + at(step.target), moved);
+    } else {
+      for (std::size_t i = 0; i < step.count; ++i)
+        result.insert(result.begin() + at(step.position + i), std::string(next.name(step.target + i)));
+    }
+  }
+  return result;
+}
+
+/// Whether the row at `index` is told to show something else.
+bool isToldAnew(const ColumnRows& rows, std::size_t index) {
+  return std::ranges::any_of(rows.changes().shownAnew,
+                             [index](const auto& run) { return run.first <= index && index <= run.second; });
 }
 
 // Whatever happens to the folder and to the scan, in steps between two listings.
@@ -327,13 +368,18 @@ TEST_F(Relisting, ListsAsAFreshListingWould) {
     } catch (const std::invalid_argument&) {  // no such entry
     }
     if (below(50) == 0) inventory_.hadReadErrors = true;
-    fileSystem_.advanceClock(LookRounds::kRound);
+    fileSystem_.setClockStep({});  // no look takes long
     const Rows before = rows_;
-    const std::uint64_t edition = listing_.numbers().edition;
-    const std::uint64_t revision = listing_.numbers().revision;
+    const ColumnRows shownBefore = shown_;
     ASSERT_EQ(list(), listAnew()) << "step " << step;
-    const bool isSameRevision = listing_.numbers().edition == edition && listing_.numbers().revision == revision;
-    ASSERT_TRUE(rows_ == before || !isSameRevision) << "step " << step;
+    ASSERT_TRUE(rows_ == before || shown_.revision() != shownBefore.revision()) << "step " << step;
+    if (shown_.revision() == shownBefore.revision()) continue;
+    ASSERT_EQ(shown_.changes().since, shownBefore.revision());
+    ASSERT_EQ(applied(namesOf(before), shown_), namesOf(rows_)) << "step " << step;
+    for (std::size_t row = 0; row < rows_.size(); ++row) {
+      const auto old = std::ranges::find(before, rows_[row].name, &SweeperItem::name);
+      ASSERT_TRUE(old == before.end() || *old == rows_[row] || isToldAnew(shown_, row)) << "step " << step;
+    }
   }
 }
 

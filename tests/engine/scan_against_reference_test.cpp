@@ -9,7 +9,6 @@
 
 #include "engine/disk_sweeper_scan.h"
 #include "engine/package_names.h"
-#include "engine/path_finder.h"
 #include "tests/engine/scan_recording.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/random_seed.h"
@@ -204,8 +203,8 @@ void expectLookUpsAgree(const SweepInventory& inventory, const PlainMap& entries
   }
   for (const bool inOrder : {true, false}) {
     if (!inOrder) std::ranges::shuffle(keys, random);
-    PathFinder finder(inventory.pathBytes);
-    for (const std::string& key : keys) ASSERT_EQ(finder.find(key), entries.at(key)) << key;
+    const auto found = inventory.pathBytes.findAll(keys);
+    for (std::size_t i = 0; i < keys.size(); ++i) ASSERT_EQ(found[i], entries.at(keys[i])) << keys[i];
   }
 }
 

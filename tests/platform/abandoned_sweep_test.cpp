@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "platform/platform_file_system.h"
+#include "sweeper/background_threads.h"
 #include "sweeper/disk_sweeper_pane.h"
 #include "tests/support/fake_desktop.h"
 #include "tests/support/main_thread_queue.h"
@@ -45,7 +46,7 @@ class HurriedFileSystem : public FileSystem {
     if (detail == EntryDetail::sizes) passGate();
     return real_->openFolder(url, detail);
   }
-  std::optional<std::vector<FileUrl>> mountedVolumes() override { return std::vector{volume_}; }
+  std::optional<std::vector<VolumeMount>> mountedVolumes() override { return {{{volume_, "volume", {}}}}; }
   std::expected<VolumeValues, SweepError> volumeValues(const FileUrl&) override {
     VolumeValues values;
     values.name = "volume";
@@ -96,6 +97,7 @@ class AbandonedSweeps : public ::testing::Test {
     HurriedFileSystem fileSystem;
     FakeDesktop desktop;
     MainThreadQueue mainThread;
+    BackgroundThreads background;
     bool pendingGoToDrives = false;
   };
 
@@ -117,7 +119,7 @@ class AbandonedSweeps : public ::testing::Test {
 
   void openPane() {
     pane_ = std::make_unique<DiskSweeperPane>(
-        world_.fileSystem, world_.desktop, world_.mainThread,
+        world_.fileSystem, world_.desktop, world_.mainThread, world_.background,
         BoolBinding{[this] { return world_.pendingGoToDrives; }, [this](bool on) { world_.pendingGoToDrives = on; }});
     pane_->appear();
   }
@@ -132,7 +134,7 @@ class AbandonedSweeps : public ::testing::Test {
   void clickSomeRow() {
     if (pane_->columnChildren().empty()) return;
     const std::size_t column = pane_->columnChildren().size() - 1;
-    const std::vector<SweeperItem>& rows = pane_->columnChildren()[column];
+    const ColumnRows& rows = pane_->columnChildren()[column];
     if (!rows.empty()) {
       const SweeperItem item = rows[static_cast<std::size_t>(upTo(static_cast<int>(rows.size()) - 1))];
       pane_->selectItem(item, column);

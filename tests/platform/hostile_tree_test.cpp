@@ -16,6 +16,7 @@
 #include "sweeper/disk_sweeper_pane.h"
 #include "sweeper/display_text.h"
 #include "tests/platform/opened_files.h"
+#include "tests/support/background_queue.h"
 #include "tests/support/child_process.h"
 #include "tests/support/fake_desktop.h"
 #include "tests/support/hostile_trees.h"
@@ -135,15 +136,15 @@ class PaneOnTree {
   static constexpr std::size_t kMostRowsClicked = 320;
 
   void clickEveryRow(std::size_t column) {
-    const std::vector<SweeperItem> rows = pane_.columnChildren().at(column);
+    const std::vector<SweeperItem> rows = pane_.columnChildren().at(column).items();
     for (std::size_t i = 0; i < std::min(rows.size(), kMostRowsClicked); ++i) click(rows[i], column);
   }
 
   void click(const SweeperItem& row, std::size_t column) {
     pane_.selectItem(row, column);
     EXPECT_TRUE(pane_.isRowSelected(row, column)) << row.url.bytes();
-    const SweeperItem* selected = pane_.currentSelectedItem();
-    ASSERT_NE(selected, nullptr) << row.url.bytes();
+    const auto selected = pane_.currentSelectedItem();
+    ASSERT_TRUE(selected) << row.url.bytes();
     EXPECT_EQ(*selected, row);
     EXPECT_EQ(pane_.columnChildren().size(), column + (row.isDirectory ? 2 : 1)) << row.url.bytes();
     EXPECT_TRUE(pane_.trashConfirmTitle().contains(displayText(row.name)));
@@ -153,11 +154,11 @@ class PaneOnTree {
     }
     const auto direct = DiskSweeperScan::columnChildren(*files_, row.url, *pane_.inventory());
     EXPECT_EQ(pane_.loadError().has_value(), !direct.has_value()) << row.url.bytes();
-    EXPECT_EQ(pane_.columnChildren().back(), direct.value_or(std::vector<SweeperItem>())) << row.url.bytes();
+    EXPECT_EQ(pane_.columnChildren().back().items(), direct.value_or(std::vector<SweeperItem>())) << row.url.bytes();
   }
 
   bool openFirstFolder(std::size_t column) {
-    const std::vector<SweeperItem> rows = pane_.columnChildren().at(column);
+    const std::vector<SweeperItem> rows = pane_.columnChildren().at(column).items();
     const auto folder =
         std::ranges::find_if(rows, [](const SweeperItem& row) { return row.isDirectory && !row.isSymbolicLink; });
     if (folder != rows.end()) pane_.selectItem(*folder, column);
@@ -169,7 +170,8 @@ class PaneOnTree {
   std::unique_ptr<FileSystem> files_ = makePlatformFileSystem();
   FakeDesktop desktop_;
   MainThreadQueue mainThread_;
-  DiskSweeperPane pane_{*files_, desktop_, mainThread_, {[] { return false; }, [](bool) {}}};
+  BackgroundQueue background_;
+  DiskSweeperPane pane_{*files_, desktop_, mainThread_, background_, {[] { return false; }, [](bool) {}}};
 };
 
 // ---- All of them ----

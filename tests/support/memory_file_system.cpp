@@ -294,9 +294,12 @@ std::expected<std::shared_ptr<OpenFolder>, SweepError> MemoryFileSystem::openFol
   return std::make_shared<Folder>(*this, std::move(anchor), **node, detail);
 }
 
-std::optional<std::vector<FileUrl>> MemoryFileSystem::mountedVolumes() {
+std::optional<std::vector<VolumeMount>> MemoryFileSystem::mountedVolumes() {
   const std::lock_guard lock(mutex_);
-  return mountedVolumes_;
+  if (!mountedVolumes_) return std::nullopt;
+  std::vector<VolumeMount> volumes;
+  for (const FileUrl& url : *mountedVolumes_) volumes.push_back({url, url.lastPathComponent(), {}});
+  return volumes;
 }
 
 std::expected<VolumeValues, SweepError> MemoryFileSystem::volumeValues(const FileUrl& url) {

@@ -72,7 +72,8 @@ class MemoryFileSystem : public FileSystem {
 
   // FileSystem. nameSortKey() folds ASCII letters to lower case and leaves all else as it is.
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override;
-  std::optional<std::vector<FileUrl>> mountedVolumes() override;
+  std::optional<std::vector<VolumeMount>> mountedVolumes() override;
+  using FileSystem::volumeValues;
   std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) override;
   FileUrl homeFolder() override;
   Instant now() override;

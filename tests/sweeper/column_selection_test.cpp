@@ -147,7 +147,7 @@ TEST_F(ColumnSelection, RowOfAColumnThatGoesMayBeSelected) {
 
 TEST_F(ColumnSelection, NothingIsHighlightedAtFirst) {
   open(1);
-  for (const SweeperItem& item : pane().columnChildren()[0]) EXPECT_FALSE(pane().isRowSelected(item, 0));
+  for (const SweeperItem& item : pane().columnChildren()[0].items()) EXPECT_FALSE(pane().isRowSelected(item, 0));
 }
 
 TEST_F(ColumnSelection, OpenFoldersAreHighlightedInTheirColumns) {
@@ -193,9 +193,9 @@ TEST_F(ColumnSelection, NothingIsHighlightedWithoutColumns) {
 }
 
 TEST_F(ColumnSelection, NoCurrentItemAtTheRoot) {
-  EXPECT_EQ(pane().currentSelectedItem(), nullptr);
+  EXPECT_EQ(pane().currentSelectedItem(), std::nullopt);
   open(1);
-  EXPECT_EQ(pane().currentSelectedItem(), nullptr);
+  EXPECT_EQ(pane().currentSelectedItem(), std::nullopt);
 }
 
 TEST_F(ColumnSelection, CurrentItemIsTheLeaf) {
@@ -219,20 +219,20 @@ TEST_F(ColumnSelection, LeafThatIsGoneIsNoItem) {
   click(1, "second");
   fileSystem_.remove("/r/a/second");
   pane().reloadVisibleColumns();
-  EXPECT_EQ(pane().currentSelectedItem(), nullptr);
+  EXPECT_EQ(pane().currentSelectedItem(), std::nullopt);
 }
 
 TEST_F(ColumnSelection, FolderThatIsGoneIsNoItem) {
   open(3);
   fileSystem_.remove("/r/a/b");
   pane().reloadVisibleColumns();
-  EXPECT_EQ(pane().currentSelectedItem(), nullptr);
+  EXPECT_EQ(pane().currentSelectedItem(), std::nullopt);
 }
 
 TEST_F(ColumnSelection, NoCurrentItemAfterTheWayBack) {
   open(3);
   pane().backToVolumes();
-  EXPECT_EQ(pane().currentSelectedItem(), nullptr);
+  EXPECT_EQ(pane().currentSelectedItem(), std::nullopt);
 }
 
 TEST_F(ColumnSelection, LinkToAFolderOpensUnderItsOwnName) {

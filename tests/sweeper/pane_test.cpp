@@ -49,7 +49,7 @@ std::unique_ptr<DiskSweeperPane> PaneTest::makePane() {
   World& world = world_;
   // Without readers all that stands before the folder that is held has been counted when a scan gets there.
   auto pane =
-      std::make_unique<DiskSweeperPane>(fileSystem_, desktop_, mainThread_,
+      std::make_unique<DiskSweeperPane>(fileSystem_, desktop_, mainThread_, background_,
                                         BoolBinding{[&world] { return world.pendingGoToDrives; },
                                                     [&world](bool raised) { world.pendingGoToDrives = raised; }},
                                         ScanOptions{.readers = 0});
@@ -71,7 +71,7 @@ void PaneTest::runUntilCounted(std::int64_t files) {
 }
 
 SweeperItem PaneTest::row(std::size_t column, const std::string& name) const {
-  const auto& rows = pane().columnChildren().at(column);
+  const auto rows = pane().columnChildren().at(column).items();
   const auto found = std::ranges::find(rows, name, &SweeperItem::name);
   if (found != rows.end()) return *found;
   ADD_FAILURE() << "no row " << name << " in column " << column;
@@ -80,7 +80,7 @@ SweeperItem PaneTest::row(std::size_t column, const std::string& name) const {
 
 std::vector<std::string> PaneTest::names(std::size_t column) const {
   std::vector<std::string> names;
-  std::ranges::transform(pane().columnChildren().at(column), std::back_inserter(names), &SweeperItem::name);
+  std::ranges::transform(pane().columnChildren().at(column).items(), std::back_inserter(names), &SweeperItem::name);
   return names;
 }
 

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "sweeper/disk_sweeper_pane.h"
+#include "tests/support/background_queue.h"
 #include "tests/support/fake_desktop.h"
 #include "tests/support/main_thread_queue.h"
 #include "tests/support/memory_file_system.h"
@@ -37,6 +38,7 @@ class World {
 
   MemoryFileSystem fileSystem;
   MainThreadQueue mainThread;
+  BackgroundQueue background;  ///< at first answers at once
   FakeDesktop desktop;
   bool pendingGoToDrives = false;
   int notifications = 0;  ///< calls of the pane's listener
@@ -88,6 +90,7 @@ class PaneTest : public ::testing::Test {
   World& world_ = newWorld();
   MemoryFileSystem& fileSystem_ = world_.fileSystem;
   MainThreadQueue& mainThread_ = world_.mainThread;
+  BackgroundQueue& background_ = world_.background;
   FakeDesktop& desktop_ = world_.desktop;
   std::unique_ptr<DiskSweeperPane> pane_;
 };

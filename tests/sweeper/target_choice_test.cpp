@@ -122,7 +122,7 @@ TEST_F(TargetChoice, LoweredFlagAsksForNothing) {
 
 TEST_F(TargetChoice, OwnerMayTellOfTheLoweringAtOnce) {
   DiskSweeperPane* told = nullptr;
-  DiskSweeperPane owned(fileSystem_, desktop_, mainThread_,
+  DiskSweeperPane owned(fileSystem_, desktop_, mainThread_, background_,
                         {[this] { return world_.pendingGoToDrives; },
                          [&](bool raised) {
                            world_.pendingGoToDrives = raised;
@@ -290,7 +290,7 @@ class BusyChooser : public FakeDesktop {
 
 TEST_F(TargetChoice, PaneMayVanishWhileItsChooserIsOpen) {
   BusyChooser desktop;
-  auto pane = std::make_unique<DiskSweeperPane>(fileSystem_, desktop, mainThread_,
+  auto pane = std::make_unique<DiskSweeperPane>(fileSystem_, desktop, mainThread_, background_,
                                                 BoolBinding{[] { return false; }, [](bool) {}});
   desktop.nextChoice = FileUrl("/media/Backup");
   desktop.whileOpen = [&pane] { pane.reset(); };

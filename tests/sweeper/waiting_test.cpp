@@ -41,7 +41,7 @@ class Waiting : public PaneTest {
 
   Shown shown() const {
     std::vector<std::string> rows;
-    for (const SweeperItem& item : pane().columnChildren().at(0))
+    for (const SweeperItem& item : pane().columnChildren().at(0).items())
       rows.push_back(item.name + " " + DiskSweeperPane::sizeLabel(item));
     return {pane().showsStatusStrip(), pane().statusStripText(), rows};
   }

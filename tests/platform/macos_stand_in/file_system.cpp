@@ -15,7 +15,7 @@ class StandInFileSystem final : public FileSystem {
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override {
     return MacosOpenFolder::open(descriptors_, url, detail);
   }
-  std::optional<std::vector<FileUrl>> mountedVolumes() override { return std::nullopt; }
+  std::optional<std::vector<VolumeMount>> mountedVolumes() override { return std::nullopt; }
   std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) override {
     return std::unexpected(
         SweepError{SweepAttempt::openFolder, url, std::make_error_code(std::errc::not_supported), {}});

@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <optional>
 
+#include "tests/support/background_queue.h"
 #include "tests/support/fake_desktop.h"
 #include "tests/support/main_thread_queue.h"
 #include "tests/support/memory_file_system.h"
@@ -39,8 +40,9 @@ class ContentModelTest : public testing::Test {
   test::MemoryFileSystem fileSystem;
   test::FakeDesktop desktop;
   test::MainThreadQueue mainThread;
+  test::BackgroundQueue background;
   test::FakeUrlOpener urlOpener;
-  ContentModel content{fileSystem, desktop, mainThread, urlOpener};
+  ContentModel content{fileSystem, desktop, mainThread, background, urlOpener};
 };
 
 TEST_F(ContentModelTest, StartsOnFreeSpaceWithAPaneAndNoRequest) {

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "tests/support/background_queue.h"
 #include "tests/support/fake_desktop.h"
 #include "tests/support/main_thread_queue.h"
 #include "tests/support/memory_file_system.h"
@@ -13,6 +14,7 @@ struct ShellHarness::World {
   MemoryFileSystem fileSystem;
   FakeDesktop desktop;
   MainThreadQueue mainThread;
+  BackgroundQueue background;
   FakeUrlOpener urlOpener;
 
   static World& make() {
@@ -24,7 +26,8 @@ struct ShellHarness::World {
 ShellHarness::ShellHarness(QObject* parent) : QObject(parent), world_(World::make()) {
   world_.fileSystem.addFile("/data/film", 7'000);
   world_.desktop.nextChoice = FileUrl("/data");
-  content_ = std::make_unique<ContentModel>(world_.fileSystem, world_.desktop, world_.mainThread, world_.urlOpener);
+  content_ = std::make_unique<ContentModel>(world_.fileSystem, world_.desktop, world_.mainThread, world_.background,
+                                            world_.urlOpener);
   connect(content_.get(), &ContentModel::pendingGoToDrivesChanged, this,
           [this] { requests_ += content_->pendingGoToDrives() ? 1 : 0; });
 }

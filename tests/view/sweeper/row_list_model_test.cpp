@@ -6,6 +6,7 @@
 #include <QPersistentModelIndex>
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <numeric>
 #include <random>
 #include <string>
@@ -30,6 +31,42 @@ SweeperItem folder(const std::string& name, std::int64_t bytes, bool partial = f
   item.sizeIsPartialMinimum = partial;
   return item;
 }
+
+/// The rows `items` as they follow the rows `before`. Positions follow the names in `entries`, which must hold them
+/// all.
+ColumnRows follow(const ColumnRows& before, const Items& items, const std::shared_ptr<const EntryNames>& entries) {
+  ColumnRows::Content content{
+      .parent = FileUrl("/root"), .names = entries, .rows = {}, .partialMark = false, .changes = {}};
+  for (const SweeperItem& item : items) {
+    RowPosition position = 0;
+    while ((*entries)[position] != item.name) ++position;
+    content.rows.push_back({item.sizeBytes, position, item.isDirectory, item.isSymbolicLink});
+    content.partialMark = content.partialMark || item.sizeIsPartialMinimum;
+  }
+  content.changes = changesBetween(before, content);
+  return ColumnRows(std::move(content));
+}
+
+/// A model and the rows that it was told.
+class ToldModel : public RowListModel {
+ public:
+  using RowListModel::update;
+
+  void update(const Items& items, std::optional<std::size_t> selected) {
+    const auto entries = std::make_shared<EntryNames>();
+    for (const SweeperItem& item : items) entries->add(item.name);
+    update(items, selected, entries);
+  }
+  void update(const Items& items, std::optional<std::size_t> selected,
+              const std::shared_ptr<const EntryNames>& entries) {
+    told_ = follow(told_, items, entries);
+    update(told_, selected);
+  }
+  const ColumnRows& told() const { return told_; }
+
+ private:
+  ColumnRows told_;
+};
 
 /// What a view does: a copy of the rows that knows nothing but the signals, and how many of each came.
 class ShadowView {
@@ -93,7 +130,7 @@ class ShadowView {
 };
 
 std::vector<QString> rowsOf(const Items& items, std::optional<std::size_t> selected) {
-  RowListModel fresh;
+  ToldModel fresh;
   fresh.update(items, selected);
   return ShadowView(fresh).rows();
 }
@@ -107,10 +144,10 @@ bool flag(const RowListModel& model, int row, RowListModel::Role role) {
 }
 
 TEST(RowListModel, RolesDescribeTheItem) {
-  SweeperItem link = folder("old", 0);
+  SweeperItem link = folder("old", 0, true);
   link.isSymbolicLink = true;
-  RowListModel model;
-  model.update({folder("Movies", 3'200'000'000, true), file("b\xff.txt", 12), link, folder("new", 0, true)}, 1);
+  ToldModel model;
+  model.update(Items{folder("Movies", 3'200'000'000, true), file("b\xff.txt", 12), link, file("new", 0)}, 1);
 
   EXPECT_EQ(text(model, 0, RowListModel::NameRole), QStringLiteral("Movies"));
   EXPECT_EQ(text(model, 0, RowListModel::SizeTextRole), QStringLiteral("3.2 GB+"));
@@ -124,13 +161,14 @@ TEST(RowListModel, RolesDescribeTheItem) {
   EXPECT_TRUE(flag(model, 1, RowListModel::SelectedRole));
 
   EXPECT_TRUE(flag(model, 2, RowListModel::IsSymbolicLinkRole));
-  EXPECT_TRUE(flag(model, 2, RowListModel::IsCompleteZeroRole));
-  EXPECT_EQ(text(model, 2, RowListModel::AccessibleTextRole), QStringLiteral("old, link to a folder, Zero KB"));
-  EXPECT_FALSE(flag(model, 3, RowListModel::IsCompleteZeroRole));
+  EXPECT_FALSE(flag(model, 2, RowListModel::IsCompleteZeroRole));
+  EXPECT_EQ(text(model, 2, RowListModel::AccessibleTextRole),
+            QStringLiteral("old, link to a folder, at least Zero KB"));
+  EXPECT_TRUE(flag(model, 3, RowListModel::IsCompleteZeroRole));
 }
 
 TEST(RowListModel, TheSameRowsTellNothing) {
-  RowListModel model;
+  ToldModel model;
   const Items items = {file("a", 3), file("b", 2)};
   model.update(items, 0);
   ShadowView view(model);
@@ -139,35 +177,35 @@ TEST(RowListModel, TheSameRowsTellNothing) {
 }
 
 TEST(RowListModel, AGrownRowThatKeepsItsPlaceTellsOneChange) {
-  RowListModel model;
-  model.update({folder("a", 30), folder("b", 20), folder("c", 10)}, {});
+  ToldModel model;
+  model.update(Items{folder("a", 30), folder("b", 20), folder("c", 10)}, {});
   ShadowView view(model);
-  model.update({folder("a", 30), folder("b", 25), folder("c", 10)}, {});
+  model.update(Items{folder("a", 30), folder("b", 25), folder("c", 10)}, {});
   EXPECT_EQ(view.changes, 1);
   EXPECT_EQ(view.signalCount(), 1);
 }
 
 TEST(RowListModel, AFolderThatOvertakesOthersIsMovedOnce) {
-  RowListModel model;
-  model.update({folder("a", 30), folder("b", 20), folder("c", 10)}, {});
+  ToldModel model;
+  model.update(Items{folder("a", 30), folder("b", 20), folder("c", 10)}, {});
   ShadowView view(model);
-  model.update({folder("c", 40), folder("a", 30), folder("b", 20)}, {});
+  model.update(Items{folder("c", 40), folder("a", 30), folder("b", 20)}, {});
   EXPECT_EQ(view.moves, 1);
   EXPECT_EQ(view.changes, 1);
   EXPECT_EQ(view.signalCount(), 2);
 }
 
 TEST(RowListModel, ATrashedRowIsRemovedAlone) {
-  RowListModel model;
-  model.update({file("a", 3), file("b", 2), file("c", 1)}, {});
+  ToldModel model;
+  model.update(Items{file("a", 3), file("b", 2), file("c", 1)}, {});
   ShadowView view(model);
-  model.update({file("a", 3), file("c", 1)}, {});
+  model.update(Items{file("a", 3), file("c", 1)}, {});
   EXPECT_EQ(view.removes, 1);
   EXPECT_EQ(view.signalCount(), 1);
 }
 
 TEST(RowListModel, SelectionChangesOnlyTheTwoRowsConcerned) {
-  RowListModel model;
+  ToldModel model;
   const Items items = {file("a", 5), file("b", 4), file("c", 3), file("d", 2)};
   model.update(items, 0);
   ShadowView view(model);
@@ -178,37 +216,37 @@ TEST(RowListModel, SelectionChangesOnlyTheTwoRowsConcerned) {
 }
 
 TEST(RowListModel, HeldRowsFollowTheirNames) {
-  RowListModel model;
-  model.update({folder("a", 30), folder("b", 20), folder("c", 10)}, {});
+  ToldModel model;
+  model.update(Items{folder("a", 30), folder("b", 20), folder("c", 10)}, {});
   model.setPressedRow(2);
   model.setFocusedRow(0);
   int pressedChanges = 0;
   QObject::connect(&model, &RowListModel::pressedRowChanged, &model, [&] { ++pressedChanges; });
 
-  model.update({folder("c", 40), folder("a", 30), folder("b", 20)}, {});
+  model.update(Items{folder("c", 40), folder("a", 30), folder("b", 20)}, {});
   EXPECT_EQ(model.pressedRow(), 0);
   EXPECT_EQ(model.focusedRow(), 1);
   EXPECT_EQ(pressedChanges, 1);
 
-  model.update({folder("a", 30), folder("b", 20)}, {});
+  model.update(Items{folder("a", 30), folder("b", 20)}, {});
   EXPECT_EQ(model.pressedRow(), -1);
   EXPECT_EQ(model.focusedRow(), 0);
   EXPECT_EQ(pressedChanges, 2);
 }
 
 TEST(RowListModel, TheRowAfterAGoneOneTakesItsFocus) {
-  RowListModel model;
-  model.update({folder("a", 30), folder("b", 20), folder("c", 10)}, {});
+  ToldModel model;
+  model.update(Items{folder("a", 30), folder("b", 20), folder("c", 10)}, {});
   model.setFocusedRow(1);
   int changes = 0;
   QObject::connect(&model, &RowListModel::focusedRowChanged, &model, [&] { ++changes; });
 
-  model.update({folder("a", 30), folder("c", 10)}, {});
+  model.update(Items{folder("a", 30), folder("c", 10)}, {});
   EXPECT_EQ(model.focusedRow(), 1);
   EXPECT_EQ(changes, 1) << "another row, though of the same number";
-  model.update({folder("a", 30)}, {});
+  model.update(Items{folder("a", 30)}, {});
   EXPECT_EQ(model.focusedRow(), 0) << "the last one when none comes after it";
-  model.update({}, {});
+  model.update(Items(), {});
   EXPECT_EQ(model.focusedRow(), -1);
 }
 
@@ -220,7 +258,7 @@ Items manyFiles(std::size_t count) {
 }
 
 TEST(RowListModel, ManyMovedRowsAreSortedInPlaceAndHeldRowsFollow) {
-  RowListModel model;
+  ToldModel model;
   Items items = manyFiles(2000);
   model.update(items, 7);
   model.setFocusedRow(10);
@@ -241,7 +279,7 @@ TEST(RowListModel, ManyMovedRowsAreSortedInPlaceAndHeldRowsFollow) {
 
 TEST(RowListModel, AnyListOfRowsBecomesAnyOther) {
   std::mt19937 random(7);
-  RowListModel model;
+  ToldModel model;
   QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
   ShadowView view(model);
   for (int round = 0; round < 400; ++round) {
@@ -254,7 +292,7 @@ TEST(RowListModel, AnyListOfRowsBecomesAnyOther) {
     }
     for (std::size_t name = 0; name < most; ++name) {
       if (random() % 4 != 0)
-        items.push_back(folder("n" + std::to_string(name), static_cast<int>(random() % 50), random() % 2));
+        items.push_back(folder("n" + std::to_string(name), static_cast<int>(random() % 50), round % 2 == 0));
     }
     std::ranges::stable_sort(items, std::greater<>(), &SweeperItem::sizeBytes);
     const std::optional<std::size_t> selected = items.empty() ? std::nullopt : std::optional(random() % items.size());
@@ -271,12 +309,12 @@ TEST(RowListModel, AnyListOfRowsBecomesAnyOther) {
   EXPECT_GT(view.moves, 0);
 }
 
-TEST(RowListModel, RowsToldByNumbersMoveAsRowsToldByNames) {
+TEST(RowListModel, RowsOfTheSameEntriesMoveAsRowsOfOthers) {
   std::mt19937 random(7);
-  RowListModel model;
+  ToldModel model;
   QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
   ShadowView view(model);
-  std::uint64_t edition = 0;
+  std::shared_ptr<EntryNames> entries;
   Items named;
   for (int round = 0; round < 300; ++round) {
     // Now and then the folder has other entries.
@@ -285,7 +323,8 @@ TEST(RowListModel, RowsToldByNumbersMoveAsRowsToldByNames) {
       const std::size_t count = round == 150 ? 1600 : 30;
       for (std::size_t row = 0; row < count; ++row)
         named.push_back(folder("n" + std::to_string(random() % 9 + 10 * row), 0));
-      ++edition;
+      entries = std::make_shared<EntryNames>();
+      for (const SweeperItem& item : named) entries->add(item.name);
     }
     std::vector<RowPosition> numbers(named.size());
     std::iota(numbers.begin(), numbers.end(), RowPosition{0});
@@ -299,7 +338,7 @@ TEST(RowListModel, RowsToldByNumbersMoveAsRowsToldByNames) {
     std::map<std::string, QPersistentModelIndex> held;
     for (int row = 0; row < model.count(); ++row)
       held.emplace(text(model, row, RowListModel::NameRole).toStdString(), model.index(row));
-    model.update(items, selected, {edition, static_cast<std::uint64_t>(round), numbers});
+    model.update(items, selected, entries);
 
     ASSERT_EQ(view.rows(), rowsOf(items, selected)) << "round " << round;
     for (const auto& [name, index] : held) {
@@ -311,17 +350,30 @@ TEST(RowListModel, RowsToldByNumbersMoveAsRowsToldByNames) {
 }
 
 TEST(RowListModel, RowsOfTheSameRevisionAreTheSameButForTheSelection) {
-  RowListModel model;
+  ToldModel model;
   const Items items = {file("a", 3), file("b", 2)};
-  const std::vector<RowPosition> numbers = {0, 1};
-  model.update(items, 0, {1, 1, numbers});
+  model.update(items, 0);
   ShadowView view(model);
-  model.update({}, 0, {1, 1, {}});
-  EXPECT_EQ(view.rows(), rowsOf(items, 0)) << "not looked at";
-  model.update(items, 1, {1, 1, numbers});
+  model.update(model.told(), 1);
+  EXPECT_EQ(view.changes, 2);
+  EXPECT_EQ(view.signalCount(), 2);
   EXPECT_EQ(view.rows(), rowsOf(items, 1));
-  model.update({}, {}, {1, 2, {}});
+}
+
+TEST(RowListModel, RowsThatDoNotFollowTheShownOnesReplaceThemAll) {
+  ToldModel model;
+  model.update(Items{file("a", 3), file("b", 2)}, 0);
+  ShadowView view(model);
+  ToldModel other;
+  const Items items = {file("c", 9), file("a", 3)};
+  other.update(Items{file("c", 1)}, {});
+  other.update(items, {});
+  model.update(other.told(), 1);
+  EXPECT_EQ(view.rows(), rowsOf(items, 1));
+  EXPECT_EQ(view.resets, 0);
+  model.update(ColumnRows(), {});
   EXPECT_EQ(model.count(), 0);
+  EXPECT_TRUE(view.rows().empty());
 }
 
 }  // namespace

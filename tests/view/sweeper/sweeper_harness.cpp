@@ -58,7 +58,8 @@ void SweeperHarness::restart() {
   pendingGoToDrives_ = false;
   const BoolBinding pending{[this] { return pendingGoToDrives_; }, [this](bool value) { setPendingGoToDrives(value); }};
   SweeperViewModel* const old = viewModel_.release();
-  viewModel_ = std::make_unique<SweeperViewModel>(world_->fileSystem, world_->desktop, world_->mainThread, pending);
+  viewModel_ = std::make_unique<SweeperViewModel>(world_->fileSystem, world_->desktop, world_->mainThread,
+                                                  world_->background, pending);
   emit viewModelChanged();
   // After the items that showed it, which go later in the event loop.
   if (old) old->deleteLater();

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "sweeper/view/sweeper_view_model.h"
+#include "tests/support/background_queue.h"
 #include "tests/support/fake_desktop.h"
 #include "tests/support/main_thread_queue.h"
 #include "tests/support/memory_file_system.h"
@@ -74,6 +75,7 @@ class SweeperHarness : public QObject {
   struct World {
     MemoryFileSystem fileSystem;
     MainThreadQueue mainThread;
+    BackgroundQueue background;
     FakeDesktop desktop;
     std::vector<FileUrl> volumes;
   };

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/background_queue.h"
 #include "tests/support/fake_desktop.h"
 #include "tests/support/main_thread_queue.h"
 #include "tests/support/memory_file_system.h"
@@ -101,11 +102,13 @@ class SweeperViewModelTest : public testing::Test {
   MemoryFileSystem fileSystem_;
   FakeDesktop desktop_;
   MainThreadQueue mainThread_;
+  BackgroundQueue background_;
   bool pendingGoToDrives_ = false;
   SweeperViewModel viewModel_{
       fileSystem_,
       desktop_,
       mainThread_,
+      background_,
       {[this] { return pendingGoToDrives_; }, [this](bool value) { pendingGoToDrives_ = value; }}};
 };
 

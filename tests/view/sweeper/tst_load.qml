@@ -52,6 +52,7 @@ TestCase {
             rows: testCase.anyRows()
             folderName: "root"
             isTabStop: true
+            isReading: true
         }
     }
     Component {
@@ -70,6 +71,7 @@ TestCase {
             rows: testCase.anyRows()
             folderName: "root"
             isTabStop: true
+            isReading: true
         }
     }
     Component {

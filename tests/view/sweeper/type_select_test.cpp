@@ -12,13 +12,15 @@ namespace {
 class TypeSelectTest : public testing::Test {
  protected:
   void showNames(std::initializer_list<const char*> names) {
-    std::vector<SweeperItem> items;
+    const auto entries = std::make_shared<EntryNames>();
+    ColumnRows::Content content{
+        .parent = FileUrl("/"), .names = entries, .rows = {}, .partialMark = false, .changes = {}};
     for (const char* name : names) {
-      SweeperItem item;
-      item.name = name;
-      items.push_back(item);
+      content.rows.push_back({.position = static_cast<RowPosition>(entries->size())});
+      entries->add(name);
     }
-    rows_.update(items, {});
+    content.changes = changesBetween({}, content);
+    rows_.update(ColumnRows(std::move(content)), {});
   }
 
   /// Types the letters one by one, each from the row that the one before has led to, and returns the last row.

@@ -1,4 +1,4 @@
-#include "sweeper/view/list_changes.h"
+#include "engine/list_changes.h"
 
 #include <algorithm>
 #include <bit>

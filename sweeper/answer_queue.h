@@ -1,0 +1,52 @@
+// AnswerQueue: carries answers from background threads to a pane that may be gone by the time they arrive.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "sweeper/main_thread.h"
+
+namespace dunmere {
+
+/// Owned jointly by a pane and those who answer it. put() is called on any thread, everything else on the main thread.
+/// Answers are applied there in the order in which they came; after close() none is any more.
+class AnswerQueue : public std::enable_shared_from_this<AnswerQueue> {
+ public:
+  using Apply = std::function<void()>;
+  using Deadline = std::chrono::steady_clock::time_point;
+  static constexpr Deadline kNow = Deadline::min();  ///< long past: waits for nothing
+
+  /// `applyAll` is how the owner wants to have waiting answers applied when it is not awaiting them; it is not called
+  /// after close().
+  AnswerQueue(MainThread& mainThread, std::function<void()> applyAll)
+      : mainThread_(mainThread), applyAll_(std::move(applyAll)) {}
+
+  /// Never waits. Retries while memory is short: nobody else would tell the answer.
+  void put(Apply answer);
+
+  /// From here to stopAwaiting() the owner takes the answers itself.
+  void startAwaiting();
+  void stopAwaiting();
+  /// The next answer, waiting for one until `deadline`; null when none came.
+  Apply take(Deadline deadline);
+
+  void close();
+
+ private:
+  void post();
+
+  MainThread& mainThread_;
+  const std::function<void()> applyAll_;
+  std::mutex mutex_;
+  std::condition_variable came_;
+  std::deque<Apply> answers_;
+  bool isAwaiting_ = false;
+  bool isClosed_ = false;
+};
+
+}  // namespace dunmere

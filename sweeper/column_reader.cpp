@@ -1,0 +1,114 @@
+#include "sweeper/column_reader.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace dunmere {
+
+namespace {
+
+/// Nine times as long as the listing took, so that a scan beside it is hardly slowed down; but a disk that is slow
+/// rather than busy is asked again soon.
+Background::Delay pauseAfter(Background::Delay listing) {
+  constexpr Background::Delay kLongest = std::chrono::seconds(2);
+  return std::min(9 * listing, kLongest);
+}
+
+}  // namespace
+
+std::shared_ptr<ColumnReader> ColumnReader::make(FileSystem& fileSystem, Background& background, const FileUrl& folder,
+                                                 const ColumnRows& shown, Answer answer) {
+  std::shared_ptr<ColumnReader> reader(new ColumnReader(fileSystem, background, folder, shown, std::move(answer)));
+  const auto late = [weak = std::weak_ptr(reader)] {
+    if (const auto asker = weak.lock()) asker->requestLinks();
+  };
+  reader->links_ = std::make_shared<LinkLooks>(background, folder.bytes(), late);
+  return reader;
+}
+
+ColumnReader::ColumnReader(FileSystem& fileSystem, Background& background, const FileUrl& folder,
+                           const ColumnRows& shown, Answer answer)
+    : fileSystem_(fileSystem),
+      background_(background),
+      folder_(folder),
+      answer_(std::move(answer)),
+      listing_(folder, shown) {}
+
+/// Lists once more for the links whose targets have come since.
+void ColumnReader::requestLinks() {
+  std::optional<Request> again;
+  {
+    const std::lock_guard lock(mutex_);
+    if (!next_) again = last_;
+  }
+  if (again) request(std::move(*again));
+}
+
+void ColumnReader::request(Request request) {
+  const bool isPaced = request.urgency == Urgency::paced;
+  Background::Delay delay{0};
+  {
+    const std::lock_guard lock(mutex_);
+    next_ = std::move(request);
+    if (isListing_ || (isScheduled_ && isPaced)) return;
+    if (isPaced) delay = std::max<Background::Delay>(delay, pausedUntil_ - Clock::now());
+    isScheduled_ = true;
+  }
+  schedule(delay);
+}
+
+void ColumnReader::close(std::shared_ptr<ColumnReader> reader) {
+  {
+    const std::lock_guard lock(reader->mutex_);
+    reader->next_.reset();
+    reader->last_.reset();
+  }
+  reader->links_->close();
+  Background& background = reader->background_;
+  const std::string place = reader->folder_.bytes();
+  background.run(place, [last = std::move(reader)] {});
+}
+
+void ColumnReader::schedule(Background::Delay delay) {
+  // A closed column does not wait for its delay to go.
+  const auto work = [weak = weak_from_this()] {
+    if (const auto reader = weak.lock()) reader->work();
+  };
+  background_.run(folder_.bytes(), work, delay);
+}
+
+void ColumnReader::work() {
+  std::optional<Request> request;
+  {
+    const std::lock_guard lock(mutex_);
+    request = std::exchange(next_, std::nullopt);
+    isScheduled_ = false;
+    isListing_ = request.has_value();
+    if (request) last_ = {request->number, request->inventory, Urgency::paced};
+  }
+  if (request) list(*request);
+}
+
+void ColumnReader::list(const Request& request) {
+  using Looks = ColumnListing::Looks;
+  const Clock::time_point begin = Clock::now();
+  const auto lookAtLinks = [this](const auto& folder, const auto& names) { return links_->look(folder, names); };
+  const Looks looks = request.inventory.scanComplete ? Looks::all : Looks::some;
+  answer_(request.number, listing_.list(fileSystem_, request.inventory, looks, lookAtLinks));
+  const Clock::time_point end = Clock::now();
+  const Background::Delay pause = pauseAfter(end - begin);
+  bool isUrgent = false;
+  {
+    const std::lock_guard lock(mutex_);
+    isListing_ = false;
+    pausedUntil_ = end + pause;
+    // Nobody asks for what is still missing: a scan that is stuck publishes no snapshots.
+    if (!next_ && listing_.hasUnseen()) next_ = {request.number, request.inventory, Urgency::paced};
+    if (!next_) return;
+    isUrgent = next_->urgency == Urgency::atOnce;
+    isScheduled_ = true;
+  }
+  schedule(isUrgent ? Background::Delay(0) : pause);
+}
+
+}  // namespace dunmere

@@ -1,0 +1,73 @@
+// ColumnReader: lists one open column in the background, again and again.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <expected>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+#include "engine/column_listing.h"
+#include "engine/file_system.h"
+#include "engine/sweep_inventory.h"
+#include "sweeper/background.h"
+#include "sweeper/link_looks.h"
+
+namespace dunmere {
+
+/// Lives as long as its column is open, and on in the background until its last listing ends. The file system and the
+/// background must outlive it.
+class ColumnReader : public std::enable_shared_from_this<ColumnReader> {
+ public:
+  enum class Urgency {
+    paced,   ///< one of many snapshots: listings take a tenth of the time at most
+    atOnce,  ///< somebody waits for it
+  };
+  struct Request {
+    std::uint64_t number = 0;  ///< comes back with the answer
+    SweepInventory inventory;
+    Urgency urgency = Urgency::paced;
+  };
+  using Rows = std::expected<ColumnRows, SweepError>;
+  /// Called in the background, after each listing. Must not throw.
+  using Answer = std::function<void(std::uint64_t number, Rows rows)>;
+
+  /// `shown` are rows that the column has already.
+  static std::shared_ptr<ColumnReader> make(FileSystem& fileSystem, Background& background, const FileUrl& folder,
+                                            const ColumnRows& shown, Answer answer);
+
+  /// Has the folder listed; a request that has not begun is replaced. Main thread.
+  void request(Request request);
+
+  /// The column is closed: gives up what has not begun, and `reader` itself, whose memory goes in the background.
+  static void close(std::shared_ptr<ColumnReader> reader);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  ColumnReader(FileSystem& fileSystem, Background& background, const FileUrl& folder, const ColumnRows& shown,
+               Answer answer);
+
+  void requestLinks();
+  void schedule(Background::Delay delay);
+  void work();
+  void list(const Request& request);
+
+  FileSystem& fileSystem_;
+  Background& background_;
+  const FileUrl folder_;
+  const Answer answer_;
+  std::shared_ptr<LinkLooks> links_;  // set once, when it is made
+  ColumnListing listing_;             // the background's alone, which lists one folder on one thread at a time
+
+  std::mutex mutex_;
+  std::optional<Request> next_;    // under mutex_
+  std::optional<Request> last_;    // under mutex_
+  bool isScheduled_ = false;       // under mutex_
+  bool isListing_ = false;         // under mutex_
+  Clock::time_point pausedUntil_;  // under mutex_
+};
+
+}  // namespace dunmere

@@ -1,0 +1,56 @@
+// LinkLooks: finds out where the links of one column lead, on threads that may get stuck in a target.
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "engine/column_listing.h"
+#include "engine/file_system.h"
+#include "sweeper/background.h"
+
+namespace dunmere {
+
+/// A link may lead into a share that never answers; the others of its column are then looked at by another thread.
+/// Thread-safe. Lives on in the background until its last look ends.
+class LinkLooks : public std::enable_shared_from_this<LinkLooks> {
+ public:
+  /// A column with more dead links than this shows the rest of its links without their targets.
+  static constexpr std::size_t kMostThreads = 4;
+  /// `late` is called in the background when there are targets that nobody waited for.
+  LinkLooks(Background& background, std::string folder, std::function<void()> late);
+
+  /// Has the links `names` of the open folder looked at. Returns what is known within half the
+  /// moment that the column is waited for, of earlier calls too.
+  ColumnListing::LinkTargets look(const std::shared_ptr<OpenFolder>& folder, const std::vector<std::string>& names);
+
+  /// The column is closed: nothing more is begun.
+  void close();
+
+ private:
+  void startThreads();
+  void walk();
+
+  Background& background_;
+  const std::string folderPath_;
+  const std::function<void()> late_;
+
+  std::mutex mutex_;
+  std::condition_variable found_;
+  // Under mutex_:
+  std::shared_ptr<OpenFolder> folder_;
+  std::deque<std::string> waiting_;
+  std::set<std::string> asked_;  // waiting or being looked at
+  ColumnListing::LinkTargets targets_;
+  std::set<std::size_t> threads_;  // the numbers of those at work
+  bool isAwaited_ = false;
+  bool isClosed_ = false;
+};
+
+}  // namespace dunmere

@@ -1,0 +1,60 @@
+// VolumeReader: lists the drives in the background, each as soon as it answers.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "engine/file_system.h"
+#include "engine/sweeper_volume.h"
+#include "sweeper/answer_queue.h"
+#include "sweeper/background.h"
+
+namespace dunmere {
+
+/// One listing of the drives. Made anew for every listing; what comes for one that is gone is dropped. Main thread.
+class VolumeReader : public std::enable_shared_from_this<VolumeReader> {
+ public:
+  using Changed = std::function<void()>;
+
+  /// `changed` is called when volumes() has changed. The file system and the background must outlive every question.
+  static std::shared_ptr<VolumeReader> start(FileSystem& fileSystem, Background& background,
+                                             const std::shared_ptr<AnswerQueue>& answers, Changed changed);
+
+  /// What is known by now, sorted by name: a drive that has not answered yet has the name that the table of mounts
+  /// tells, and 0 total bytes. None before the table was read.
+  std::optional<std::vector<SweeperVolume>> volumes() const;
+  /// Whether all have answered.
+  bool isDone() const { return isRead_ && open_ == 0; }
+
+ private:
+  struct Drive {
+    VolumeMount candidate;
+    bool hasAnswered = false;
+    std::optional<SweeperVolume> volume;
+  };
+
+  VolumeReader(FileSystem& fileSystem, Background& background, std::shared_ptr<AnswerQueue> answers, Changed changed);
+
+  template <typename Result>
+  void ask(const std::string& place, std::function<Result(FileSystem&)> question,
+           void (VolumeReader::*apply)(std::size_t, Result), std::size_t drive = 0);
+  void readTable();
+  void applyTable(std::size_t, std::optional<std::vector<VolumeMount>> candidates);
+  void applyVolume(std::size_t drive, std::optional<SweeperVolume> volume);
+  void applyFallback(std::size_t, std::vector<SweeperVolume> volumes);
+  void fallBackIfEmpty();
+
+  FileSystem& fileSystem_;
+  Background& background_;
+  const std::shared_ptr<AnswerQueue> answers_;
+  const Changed changed_;
+  std::vector<Drive> drives_;
+  std::optional<std::vector<SweeperVolume>> fallback_;
+  bool isRead_ = false;
+  std::size_t open_ = 0;  // questions
+};
+
+}  // namespace dunmere
