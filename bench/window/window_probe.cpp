@@ -5,7 +5,9 @@
 //   sweep ROOT [NAME...]     frames of the window at rest, while it begins a sweep of ROOT and while it sweeps it; each
 //                            NAME is a folder to open in one more column as soon as the sweep has begun
 //   end ROOT [NAME...]       the same sweep in a window that paints only what the sweep changes: when it ends
-//   column ROOT NAME         frames while the folder ROOT/NAME opens, a row in it is selected, and it is listed again
+//   column ROOT NAME         frames while the folder ROOT/NAME opens, a row in it is selected, and it is listed again;
+//                            when its rows were there after the click
+//   uncounted ROOT NAME      when the rows of the folder ROOT/NAME were there, clicked as soon as a sweep has begun
 //
 // --software paints without OpenGL. All times but the first are in seconds.
 #include <QApplication>
@@ -55,9 +57,10 @@ Options parseOptions(const std::vector<std::string>& arguments) {
   }
   const bool complete = !words.empty() && ((words[0] == "first-frame" && words.size() == 1) ||
                                            ((words[0] == "sweep" || words[0] == "end") && words.size() >= 2) ||
-                                           (words[0] == "column" && words.size() == 3));
+                                           ((words[0] == "column" || words[0] == "uncounted") && words.size() == 3));
   if (!complete) {
-    std::cerr << "usage: window_probe [--software] first-frame | sweep|end ROOT [NAME...] | column ROOT NAME\n";
+    std::cerr << "usage: window_probe [--software] first-frame | sweep|end ROOT [NAME...] | "
+                 "column|uncounted ROOT NAME\n";
     std::exit(kBadUsage);
   }
   options.what = words[0];
@@ -135,6 +138,22 @@ void measureSweep(FileSystem& fileSystem, const Options& options, JsonText& json
   json.key("status").text(window.pane().statusStripText().toStdString());
 }
 
+/// From the click on a folder of the first column until the second one has rows.
+double secondsUntilRows(WindowRun& window, int row) {
+  const Clock::time_point click = Clock::now();
+  window.pane().selectRow(0, row);
+  window.runUntilColumnHasRows(1);
+  return std::chrono::duration<double>(Clock::now() - click).count();
+}
+
+void measureUncounted(FileSystem& fileSystem, const Options& options, JsonText& json) {
+  WindowRun window(fileSystem, options.root, false);
+  window.pane().openFolderSweep();
+  const int row = window.lastRowNamed(0, QString::fromStdString(options.names.front()));
+  json.key("rowsSeconds").seconds(secondsUntilRows(window, row));
+  json.key("status").text(window.pane().statusStripText().toStdString());
+}
+
 void measureColumn(FileSystem& fileSystem, const Options& options, JsonText& json) {
   WindowRun window(fileSystem, options.root, true);
   Phases phases(window, json);
@@ -146,7 +165,12 @@ void measureColumn(FileSystem& fileSystem, const Options& options, JsonText& jso
     window.run(1000ms);
   };
   phases.rest("rest");
-  phases.measure("open", [&] { selectAndRun(0, row); });
+  double untilRows = 0;
+  phases.measure("open", [&] {
+    untilRows = secondsUntilRows(window, row);
+    window.run(1000ms);
+  });
+  json.key("rowsSeconds").seconds(untilRows);
   phases.measure("select", [&] { selectAndRun(1, 50'000); });
   phases.measure("listAgain", [&] {
     window.pane().confirmedTrash();
@@ -157,6 +181,7 @@ void measureColumn(FileSystem& fileSystem, const Options& options, JsonText& jso
 void measure(FileSystem& fileSystem, const Options& options, JsonText& json) {
   if (options.what == "first-frame") measureFirstFrame(fileSystem, options, json);
   if (options.what == "sweep" || options.what == "end") measureSweep(fileSystem, options, json);
+  if (options.what == "uncounted") measureUncounted(fileSystem, options, json);
   if (options.what == "column") measureColumn(fileSystem, options, json);
 }
 

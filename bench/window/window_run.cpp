@@ -72,10 +72,23 @@ void WindowRun::runUntilSweepEnds() {
   if (pane().showsStatusStrip()) loop.exec();
 }
 
-int WindowRun::lastRowNamed(int column, const QString& name) {
+RowListModel* WindowRun::rowsOf(int column) {
   ColumnListModel& columns = *pane().columns();
-  const auto* const rows = columns.data(columns.index(column), ColumnListModel::RowsRole).value<RowListModel*>();
-  for (int row = rows ? rows->count() - 1 : -1; row >= 0; --row) {
+  return columns.data(columns.index(column), ColumnListModel::RowsRole).value<RowListModel*>();
+}
+
+void WindowRun::runUntilColumnHasRows(int column) {
+  QEventLoop loop;
+  RowListModel* const rows = rowsOf(column);
+  if (!rows) fail(u"there is no column %1"_s.arg(column));
+  QObject::connect(rows, &RowListModel::countChanged, &loop, &QEventLoop::quit);
+  if (rows->count() == 0) loop.exec();
+}
+
+int WindowRun::lastRowNamed(int column, const QString& name) {
+  runUntilColumnHasRows(column);
+  const RowListModel* const rows = rowsOf(column);
+  for (int row = rows->count() - 1; row >= 0; --row) {
     if (rows->data(rows->index(row), RowListModel::NameRole).toString() == name) return row;
   }
   fail(u"column %1 has no row named %2"_s.arg(column).arg(name));

@@ -54,14 +54,19 @@ class WindowRun {
   FrameRecorder& frames() { return *frames_; }
   SweeperViewModel& pane() { return *content_.pane(); }
 
-  /// Both run the event loop.
+  // These run the event loop.
   void run(std::chrono::milliseconds span);
   void runUntilSweepEnds();
 
-  /// The row of a folder whose name sorts last, looked for from the end; the program ends when there is none.
+  void runUntilColumnHasRows(int column);
+
+  /// Runs the event loop until the column has rows. The row of a folder whose name sorts last, looked for from the end;
+  /// the program ends when there is none.
   int lastRowNamed(int column, const QString& name);
 
  private:
+  RowListModel* rowsOf(int column);
+
   ScriptedDesktop desktop_;
   NoUrlOpener urlOpener_;
   QtMainThread mainThread_;
