@@ -24,6 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::Contains;
+using ::testing::Field;
 
 /// A private folder in the home folder, whose volume has a Trash; removed with the test.
 class MacosFileSystemTest : public ::testing::Test {
@@ -108,7 +109,7 @@ TEST_F(MacosFileSystemTest, ScanAddsUpTheTreeAndPassesPackagesOver) {
 }
 
 TEST_F(MacosFileSystemTest, BootVolumeHasANameAndSpace) {
-  EXPECT_THAT(files->mountedVolumes().value(), Contains(FileUrl("/")));
+  EXPECT_THAT(files->mountedVolumes().value(), Contains(Field(&VolumeMount::url, FileUrl("/"))));
   const auto values = files->volumeValues(FileUrl("/"));
   ASSERT_TRUE(values);
   EXPECT_EQ(values->isBrowsable, true);
@@ -119,7 +120,7 @@ TEST_F(MacosFileSystemTest, BootVolumeHasANameAndSpace) {
 
 TEST_F(MacosFileSystemTest, HelperVolumesOfTheSystemAreNotOffered) {
   const auto mounted = files->mountedVolumes().value();
-  EXPECT_THAT(mounted, Contains(FileUrl("/System/Volumes/Data")));
+  EXPECT_THAT(mounted, Contains(Field(&VolumeMount::url, FileUrl("/System/Volumes/Data"))));
   const auto offered = DiskSweeperScan::listVolumes(*files);
   EXPECT_TRUE(
       std::ranges::none_of(offered, [](const SweeperVolume& v) { return v.url.path().starts_with("/System"); }));
