@@ -19,7 +19,10 @@ installed_packages() {
   xargs dpkg-query --show --showformat='${db:Status-Status} ${Package}\n' 2>/dev/null | sed -n 's/^installed //p' || true
 }
 
-missing_packages() { comm -23 <(wanted_packages "$@") <(wanted_packages "$@" | installed_packages | sort -u); }
+# What is installed is named twice.
+missing_packages() {
+  { wanted_packages "$@"; wanted_packages "$@" | installed_packages; } | sort | uniq --unique
+}
 
 # How much apt would install, in its own words; no lock, so that it can be asked without being root.
 amount_of() {

@@ -10,7 +10,7 @@ import tempfile
 import unittest
 
 PROJECT = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", ".."))
-TOOLS = ["bash", "comm", "dirname", "env", "grep", "mkdir", "realpath", "sed", "sort", "xargs"]
+TOOLS = ["bash", "dirname", "env", "grep", "mkdir", "realpath", "sed", "sort", "uniq", "xargs"]
 
 DPKG_QUERY = """#!/bin/bash
 for package in "${@:3}"; do [[ " $INSTALLED " != *" $package "* ]] || echo "installed $package"; done
