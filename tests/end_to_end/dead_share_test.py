@@ -19,7 +19,7 @@ class DeadShareTest(EndToEndTest):
 
     def start(self):
         self.window = DunmereWindow(self.session, BINARY, under=[os.environ["WITH_DEAD_SHARE"], self.share])
-        self.window.button("Open Folder…")
+        self.window.wait_until_active()
         return self.window
 
     def test_the_window_goes_on_and_ends_beside_a_share_that_never_answers(self):

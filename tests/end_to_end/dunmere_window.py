@@ -24,6 +24,17 @@ class DunmereWindow:
         self.choosing = []  # from when to when the folder chooser was open
         self.program = session.start("dunmere", [*under, binary])
 
+    def wait_until_active(self):
+        """Until it has its place on the screen, and the keyboard."""
+        frame = self.session.see("frame", "Dunmere")
+
+        def is_active():
+            frame.clear_cache()
+            return self.session.has_state(frame, "ACTIVE")
+
+        wait_for("the window to become active", is_active)
+        self.button("Open Folder…")
+
     def button(self, name, inside=None):
         return self.session.see(BUTTON, name, inside)
 

@@ -52,7 +52,7 @@ class EndToEndTest(unittest.TestCase):
 
     def start(self):
         self.window = DunmereWindow(self.session, BINARY)
-        self.window.button("Open Folder…")
+        self.window.wait_until_active()
         return self.window
 
     def close_and_check(self):
@@ -258,7 +258,7 @@ class MenuTest(EndToEndTest):
         self.check_icons(entry.get_icon().to_string())
 
         self.window = DunmereWindow(self.session, shutil.which(entry.get_executable()))
-        self.window.button("Open Folder…")
+        self.window.wait_until_active()
         # What a desktop goes by to show the window under the entry's name and icon.
         properties = self.session.properties_of_active_window()
         self.assertEqual(properties["WM_CLASS"], f'"{entry.get_startup_wm_class()}", "{entry.get_startup_wm_class()}"')

@@ -48,7 +48,7 @@ class LeastPrivilegeTest(SweepTest):
     def start(self):
         self.log = os.path.join(self.output, "system-calls")
         self.window = DunmereWindow(self.session, BINARY, under=strace_command(self.log))
-        self.window.button("Open Folder…")
+        self.window.wait_until_active()
         return self.window
 
     def play_session(self):
