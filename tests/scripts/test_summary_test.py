@@ -112,14 +112,18 @@ cp "$2.xml" "$6"
 grep -q fail "$2.xml" && exit 8 || exit 0
 """
 DPKG_QUERY = """#!/bin/sh
-for name; do echo "installed $name"; done
+for name; do case $name in -*) ;; *) echo "installed $name" ;; esac; done
+"""
+NOTHING_TO_INSTALL = """#!/bin/sh
+exit 1
 """
 
 
 class TestScriptTest(InFolder):
     def test_goes_on_to_the_last_preset_and_tells_all_failures(self):
         shutil.copytree(SCRIPTS, os.path.join(self.folder, "scripts"))
-        for name, content in {"cmake": CMAKE, "ctest": CTEST, "dpkg-query": DPKG_QUERY}.items():
+        for name, content in {"cmake": CMAKE, "ctest": CTEST, "dpkg-query": DPKG_QUERY,
+                              "apt-get": NOTHING_TO_INSTALL}.items():
             self.write(f"bin/{name}", content, 0o755)
         for preset, result in {"asan-ubsan": failed, "fuzz": passed, "release": failed}.items():
             self.write(f"{preset}.xml", f"<testsuite>{result('A.' + preset)}</testsuite>")
