@@ -10,10 +10,3 @@ if(DUNMERE_SANITIZE)
   target_link_options(dunmere_options INTERFACE -fsanitize=${DUNMERE_SANITIZE})
 endif()
 target_include_directories(dunmere_options INTERFACE ${PROJECT_SOURCE_DIR})
-
-# Call where a QML module is made: the C++ that Qt generates from its QML files is not ours to keep free of shadowing.
-function(dunmere_relax_generated_qml module)
-  get_target_property(sources ${module} SOURCES)
-  list(FILTER sources INCLUDE REGEX "/qmlcache/")
-  set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS -Wno-shadow)
-endfunction()
