@@ -27,7 +27,7 @@ void ContentModel::setSelection(std::optional<SidebarItem> selection) {
   const bool shownNow = !settingsSelected();
   // A view of the pane appears after the pane and is gone before it.
   if (shownNow && !shownBefore) makePane();
-  emit selectionChanged();
+  Q_EMIT selectionChanged();
   if (shownBefore && !shownNow) dropPane();
 }
 
@@ -52,18 +52,18 @@ void ContentModel::makePane() {
   pane_.reset(new SweeperViewModel(
       fileSystem_, desktop_, mainThread_, background_,
       {.get = [this] { return pendingGoToDrives_; }, .set = [this](bool pending) { setPendingGoToDrives(pending); }}));
-  emit paneChanged();
+  Q_EMIT paneChanged();
 }
 
 void ContentModel::dropPane() {
   pane_.reset();
-  emit paneChanged();
+  Q_EMIT paneChanged();
 }
 
 void ContentModel::setPendingGoToDrives(bool pending) {
   if (pendingGoToDrives_ == pending) return;
   pendingGoToDrives_ = pending;
-  emit pendingGoToDrivesChanged();
+  Q_EMIT pendingGoToDrivesChanged();
   if (pane_) pane_->pendingGoToDrivesChanged();
 }
 

@@ -51,7 +51,7 @@ class ContentModel : public QObject {
   Q_INVOKABLE void goToDrives();
   Q_INVOKABLE void openFullDiskAccess();
 
- signals:
+ Q_SIGNALS:
   void selectionChanged();
   void pendingGoToDrivesChanged();
   void paneChanged();

@@ -15,28 +15,28 @@ ContinuousRectangle::ContinuousRectangle(QQuickItem* parent) : QQuickPaintedItem
 void ContinuousRectangle::setRadius(qreal radius) {
   if (radius_ == radius) return;
   radius_ = radius;
-  emit radiusChanged();
+  Q_EMIT radiusChanged();
   update();
 }
 
 void ContinuousRectangle::setColor(const QColor& color) {
   if (color_ == color) return;
   color_ = color;
-  emit colorChanged();
+  Q_EMIT colorChanged();
   update();
 }
 
 void ContinuousRectangle::setBorderColor(const QColor& color) {
   if (borderColor_ == color) return;
   borderColor_ = color;
-  emit borderColorChanged();
+  Q_EMIT borderColorChanged();
   update();
 }
 
 void ContinuousRectangle::setBorderWidth(qreal width) {
   if (borderWidth_ == width) return;
   borderWidth_ = width;
-  emit borderWidthChanged();
+  Q_EMIT borderWidthChanged();
   update();
 }
 

@@ -29,7 +29,7 @@ class ContinuousRectangle : public QQuickPaintedItem {
 
   void paint(QPainter* painter) override;
 
- signals:
+ Q_SIGNALS:
   void radiusChanged();
   void colorChanged();
   void borderColorChanged();

@@ -45,7 +45,7 @@ bool LastInput::eventFilter(QObject* watched, QEvent* event) {
 void LastInput::setKeyboard(bool isKeyboard) {
   if (isKeyboard == isKeyboard_) return;
   isKeyboard_ = isKeyboard;
-  emit isKeyboardChanged();
+  Q_EMIT isKeyboardChanged();
 }
 
 }  // namespace dunmere

@@ -21,7 +21,7 @@ class LastInput : public QObject {
   bool isKeyboard() const { return isKeyboard_; }
   bool eventFilter(QObject* watched, QEvent* event) override;
 
- signals:
+ Q_SIGNALS:
   void isKeyboardChanged();
 
  private:

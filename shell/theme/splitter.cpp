@@ -9,13 +9,13 @@ namespace dunmere {
 void Splitter::setPosition(qreal position) {
   if (position == position_) return;
   position_ = position;
-  emit positionChanged();
+  Q_EMIT positionChanged();
   QAccessibleValueChangeEvent event(this, position_);
   QAccessible::updateAccessibility(&event);
 }
 
 void Splitter::moveTo(qreal position) {
-  emit moveRequested(std::min(std::max(position, minimum_), maximum_));
+  Q_EMIT moveRequested(std::min(std::max(position, minimum_), maximum_));
 }
 
 void Splitter::keyPressEvent(QKeyEvent* event) {

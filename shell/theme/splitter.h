@@ -29,7 +29,7 @@ class Splitter : public QQuickItem {
   /// Asks for the position within the bounds that is nearest to this one.
   Q_INVOKABLE void moveTo(qreal position);
 
- signals:
+ Q_SIGNALS:
   void positionChanged();
   void boundsChanged();
   /// The user wants it there; whoever owns the views moves it.

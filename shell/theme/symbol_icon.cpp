@@ -27,28 +27,28 @@ void SymbolIcon::setSystemImage(const QString& name) {
   if (systemImage_ == name) return;
   systemImage_ = name;
   if (!name.isEmpty() && !symbolExtent(name)) qWarning("SymbolIcon: no symbol is named \"%s\"", qUtf8Printable(name));
-  emit systemImageChanged();
+  Q_EMIT systemImageChanged();
   measure();
 }
 
 void SymbolIcon::setPixelSize(qreal size) {
   if (pixelSize_ == size) return;
   pixelSize_ = size;
-  emit pixelSizeChanged();
+  Q_EMIT pixelSizeChanged();
   measure();
 }
 
 void SymbolIcon::setWeight(int weight) {
   if (weight_ == weight) return;
   weight_ = weight;
-  emit weightChanged();
+  Q_EMIT weightChanged();
   update();
 }
 
 void SymbolIcon::setColor(const QColor& color) {
   if (color_ == color) return;
   color_ = color;
-  emit colorChanged();
+  Q_EMIT colorChanged();
   update();
 }
 

@@ -33,7 +33,7 @@ class SymbolIcon : public QQuickPaintedItem {
 
   void paint(QPainter* painter) override;
 
- signals:
+ Q_SIGNALS:
   void systemImageChanged();
   void pixelSizeChanged();
   void weightChanged();

@@ -20,7 +20,7 @@ void ColumnListModel::update(const DiskSweeperPane& pane) {
     updateColumn(depth, pane);
   }
   openColumnsUpTo(open, pane);
-  if (count() != countBefore) emit countChanged();
+  if (count() != countBefore) Q_EMIT countChanged();
 }
 
 int ColumnListModel::rowCount(const QModelIndex& parent) const {
@@ -52,7 +52,7 @@ void ColumnListModel::updateColumn(std::size_t depth, const DiskSweeperPane& pan
   const bool isReading = pane.isReadingColumn(depth);
   if (std::exchange(column.isReading, isReading) == isReading) return;
   const QModelIndex changed = index(static_cast<int>(depth));
-  emit dataChanged(changed, changed, {IsReadingRole});
+  Q_EMIT dataChanged(changed, changed, {IsReadingRole});
 }
 
 void ColumnListModel::closeColumnsFrom(std::size_t depth) {

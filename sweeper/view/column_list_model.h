@@ -33,7 +33,7 @@ class ColumnListModel : public QAbstractListModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QHash<int, QByteArray> roleNames() const override;
 
- signals:
+ Q_SIGNALS:
   void countChanged();
 
  private:

@@ -32,12 +32,12 @@ void RowListModel::update(const ColumnRows& rows, std::optional<std::size_t> sel
   shown_ = std::exchange(next_, {});
   selectedRow_ = selectedRow;
   if (follows) {
-    for (const auto& [first, last] : changed) emit dataChanged(index(toInt(first)), index(toInt(last)));
+    for (const auto& [first, last] : changed) Q_EMIT dataChanged(index(toInt(first)), index(toInt(last)));
   }
   const QModelIndex newSelected = selectedRow ? index(toInt(*selectedRow)) : QModelIndex();
   if (oldSelected == newSelected) return;
-  if (oldSelected.isValid()) emit dataChanged(oldSelected, oldSelected);
-  if (newSelected.isValid()) emit dataChanged(newSelected, newSelected);
+  if (oldSelected.isValid()) Q_EMIT dataChanged(oldSelected, oldSelected);
+  if (newSelected.isValid()) Q_EMIT dataChanged(newSelected, newSelected);
 }
 
 /// Brings the rows of next_ to where they belong.
@@ -64,26 +64,26 @@ void RowListModel::keepPlaces(const std::function<void()>& change) {
   const int countBefore = count();
   const int pressedBefore = pressedRow();
   const int focusedBefore = focusedRow();
-  emit aboutToUpdate();
+  Q_EMIT aboutToUpdate();
   change();
-  if (count() != countBefore) emit countChanged();
-  if (pressedRow() != pressedBefore) emit pressedRowChanged();
+  if (count() != countBefore) Q_EMIT countChanged();
+  if (pressedRow() != pressedBefore) Q_EMIT pressedRowChanged();
   const bool focusedGone = focusedBefore >= 0 && focusedRow() < 0;
   if (focusedGone) focusedRow_ = index(std::min(focusedBefore, count() - 1));
-  if (focusedGone || focusedRow() != focusedBefore) emit focusedRowChanged();
-  emit updated();
+  if (focusedGone || focusedRow() != focusedBefore) Q_EMIT focusedRowChanged();
+  Q_EMIT updated();
 }
 
 void RowListModel::setPressedRow(int row) {
   if (row == pressedRow()) return;
   pressedRow_ = QPersistentModelIndex(index(row));
-  emit pressedRowChanged();
+  Q_EMIT pressedRowChanged();
 }
 
 void RowListModel::setFocusedRow(int row) {
   if (row == focusedRow()) return;
   focusedRow_ = QPersistentModelIndex(index(row));
-  emit focusedRowChanged();
+  Q_EMIT focusedRowChanged();
 }
 
 int RowListModel::rowCount(const QModelIndex& parent) const {
@@ -233,7 +233,7 @@ void RowListModel::moveRow(std::size_t from, std::size_t to) {
 }
 
 void RowListModel::reorder(const std::vector<std::size_t>& oldPositions) {
-  emit layoutAboutToBeChanged({}, VerticalSortHint);
+  Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint);
   std::vector<RowId> sorted;
   sorted.reserve(order_.size());
   std::vector<int> newPositions(order_.size());
@@ -246,7 +246,7 @@ void RowListModel::reorder(const std::vector<std::size_t>& oldPositions) {
   for (const QModelIndex& was : held) {
     changePersistentIndex(was, index(newPositions[static_cast<std::size_t>(was.row())]));
   }
-  emit layoutChanged({}, VerticalSortHint);
+  Q_EMIT layoutChanged({}, VerticalSortHint);
 }
 
 }  // namespace dunmere

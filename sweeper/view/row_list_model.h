@@ -56,7 +56,7 @@ class RowListModel : public QAbstractListModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QHash<int, QByteArray> roleNames() const override;
 
- signals:
+ Q_SIGNALS:
   void countChanged();
   void pressedRowChanged();
   void focusedRowChanged();

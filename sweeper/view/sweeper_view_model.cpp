@@ -106,17 +106,17 @@ void SweeperViewModel::paneChanged() {
 }
 
 void SweeperViewModel::tellChangesSince(const Shown& before) {
-  if (before.browsing != shown_.browsing) emit browsingChanged();
-  if (before.loadErrorText != shown_.loadErrorText) emit loadErrorTextChanged();
-  if (before.selectedVolume != shown_.selectedVolume) emit selectedVolumeChanged();
-  if (before.canSweepSelected != shown_.canSweepSelected) emit canSweepSelectedChanged();
-  if (before.showsStatusStrip != shown_.showsStatusStrip) emit showsStatusStripChanged();
-  if (before.statusStripText != shown_.statusStripText) emit statusStripTextChanged();
-  if (before.footerStatus != shown_.footerStatus) emit footerStatusChanged();
-  if (before.canTrash != shown_.canTrash) emit canTrashChanged();
-  if (before.canReveal != shown_.canReveal) emit canRevealChanged();
-  if (before.trashConfirmTitle != shown_.trashConfirmTitle) emit trashConfirmTitleChanged();
-  if (before.confirmTrash != shown_.confirmTrash) emit confirmTrashChanged();
+  if (before.browsing != shown_.browsing) Q_EMIT browsingChanged();
+  if (before.loadErrorText != shown_.loadErrorText) Q_EMIT loadErrorTextChanged();
+  if (before.selectedVolume != shown_.selectedVolume) Q_EMIT selectedVolumeChanged();
+  if (before.canSweepSelected != shown_.canSweepSelected) Q_EMIT canSweepSelectedChanged();
+  if (before.showsStatusStrip != shown_.showsStatusStrip) Q_EMIT showsStatusStripChanged();
+  if (before.statusStripText != shown_.statusStripText) Q_EMIT statusStripTextChanged();
+  if (before.footerStatus != shown_.footerStatus) Q_EMIT footerStatusChanged();
+  if (before.canTrash != shown_.canTrash) Q_EMIT canTrashChanged();
+  if (before.canReveal != shown_.canReveal) Q_EMIT canRevealChanged();
+  if (before.trashConfirmTitle != shown_.trashConfirmTitle) Q_EMIT trashConfirmTitleChanged();
+  if (before.confirmTrash != shown_.confirmTrash) Q_EMIT confirmTrashChanged();
 }
 
 }  // namespace dunmere

@@ -67,7 +67,7 @@ class SweeperViewModel : public QObject {
   Q_INVOKABLE void confirmedTrash();
   Q_INVOKABLE void reveal();
 
- signals:
+ Q_SIGNALS:
   void browsingChanged();
   void loadErrorTextChanged();
   void selectedVolumeChanged();

@@ -74,7 +74,7 @@ void TypeSelect::setTyped(const QString& typed) {
     pause_.start(kPauseMilliseconds, this);
   }
   typed_ = typed;
-  emit typedChanged();
+  Q_EMIT typedChanged();
 }
 
 }  // namespace dunmere

@@ -27,7 +27,7 @@ class TypeSelect : public QObject {
   /// then from the top. -1 for none, or when the key has typed nothing that stands in a name. `current` may be -1.
   Q_INVOKABLE int find(const QAbstractItemModel* rows, int current, const QString& text);
 
- signals:
+ Q_SIGNALS:
   void typedChanged();
 
  protected:

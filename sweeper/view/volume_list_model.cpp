@@ -32,9 +32,9 @@ void VolumeListModel::update(const std::vector<SweeperVolume>& volumes) {
     if (volumes_[row] == volumes[row]) continue;
     volumes_[row] = volumes[row];
     const QModelIndex changed = index(static_cast<int>(row));
-    emit dataChanged(changed, changed);
+    Q_EMIT dataChanged(changed, changed);
   }
-  if (count() != countBefore) emit countChanged();
+  if (count() != countBefore) Q_EMIT countChanged();
 }
 
 int VolumeListModel::rowCount(const QModelIndex& parent) const {

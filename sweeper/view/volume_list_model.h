@@ -32,7 +32,7 @@ class VolumeListModel : public QAbstractListModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QHash<int, QByteArray> roleNames() const override;
 
- signals:
+ Q_SIGNALS:
   void countChanged();
 
  private:

@@ -16,7 +16,7 @@ class UrlHandler : public QObject {
  public:
   QStringList handled;
 
- public slots:
+ public Q_SLOTS:
   void handle(const QUrl& url) { handled.append(url.toString(QUrl::FullyEncoded)); }
 };
 

@@ -28,7 +28,7 @@ class FakeFileManager : public QObject, protected QDBusContext {
   QString startupId = QStringLiteral("not asked");
   Manner manner = Manner::shows;
 
- public slots:
+ public Q_SLOTS:
   void ShowItems(const QStringList& uris, const QString& startup) {
     shown += uris;
     startupId = startup;

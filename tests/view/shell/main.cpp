@@ -10,7 +10,7 @@ namespace dunmere::test {
 class Setup : public QObject {
   Q_OBJECT
 
- public slots:
+ public Q_SLOTS:
   void qmlEngineAvailable(QQmlEngine* engine) {
     engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
     qmlRegisterType<ShellHarness>("Dunmere.ShellTest", 1, 0, "ShellHarness");

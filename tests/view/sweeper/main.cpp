@@ -10,7 +10,7 @@ namespace dunmere::test {
 class Setup : public QObject {
   Q_OBJECT
 
- public slots:
+ public Q_SLOTS:
   void qmlEngineAvailable(QQmlEngine* engine) {
     engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
     qmlRegisterType<SweeperHarness>("Dunmere.SweeperTest", 1, 0, "SweeperHarness");

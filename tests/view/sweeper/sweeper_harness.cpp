@@ -33,7 +33,7 @@ SweeperHarness::~SweeperHarness() = default;
 void SweeperHarness::setPendingGoToDrives(bool pending) {
   if (pending == pendingGoToDrives_) return;
   pendingGoToDrives_ = pending;
-  emit pendingGoToDrivesChanged();
+  Q_EMIT pendingGoToDrivesChanged();
 }
 
 QStringList SweeperHarness::revealed() const {
@@ -60,7 +60,7 @@ void SweeperHarness::restart() {
   SweeperViewModel* const old = viewModel_.release();
   viewModel_ = std::make_unique<SweeperViewModel>(world_->fileSystem, world_->desktop, world_->mainThread,
                                                   world_->background, pending);
-  emit viewModelChanged();
+  Q_EMIT viewModelChanged();
   // After the items that showed it, which go later in the event loop.
   if (old) old->deleteLater();
 }

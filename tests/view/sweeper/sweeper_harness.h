@@ -66,7 +66,7 @@ class SweeperHarness : public QObject {
   /// The row of this name in an open column, -1 for none.
   Q_INVOKABLE int rowOf(int column, const QString& name) const;
 
- signals:
+ Q_SIGNALS:
   void viewModelChanged();
   void pendingGoToDrivesChanged();
 

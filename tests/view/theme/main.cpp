@@ -7,7 +7,7 @@ namespace dunmere::test {
 class Setup : public QObject {
   Q_OBJECT
 
- public slots:
+ public Q_SLOTS:
   void qmlEngineAvailable(QQmlEngine* engine) { engine->addImportPath(QStringLiteral("qrc:/qt/qml")); }
 };
 
