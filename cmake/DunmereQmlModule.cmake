@@ -14,4 +14,11 @@ function(dunmere_add_qml_module target)
   set_target_properties(${target} PROPERTIES
     UNITY_BUILD ON UNITY_BUILD_MODE GROUP
     UNITY_BUILD_CODE_BEFORE_INCLUDE "#pragma GCC diagnostic ignored \"-Wshadow\"")
+
+  # Qt makes further targets of a module; which ones depends on its version.
+  foreach(part ${target} ${target}_qmlcache ${target}plugin ${target}plugin_init)
+    if(TARGET ${part} AND NOT part STREQUAL dunmere_theme)
+      target_precompile_headers(${part} REUSE_FROM dunmere_theme)
+    endif()
+  endforeach()
 endfunction()
