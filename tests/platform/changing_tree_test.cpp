@@ -178,27 +178,29 @@ TEST_F(ChangingTree, ScansEndInsideAndAddUpAndCountOnceWhatStays) {
   constexpr int kThreads = 2;
   const std::uint64_t seed = firstSeed();
   std::atomic<std::int64_t> left = rounds(1'000'000);
+  std::atomic<bool> isEnough = false;
   std::vector<std::unique_ptr<Churn>> churns;
   std::vector<std::jthread> threads;
   for (int i = 0; i < kThreads; ++i) {
     churns.push_back(std::make_unique<Churn>(path("root"), path("elsewhere"), seed + static_cast<std::uint64_t>(i)));
-    threads.emplace_back([&churn = *churns.back(), &left] {
-      while (left-- > 0) churn.changeSomething();
+    threads.emplace_back([&churn = *churns.back(), &left, &isEnough] {
+      for (; !isEnough; --left) churn.changeSomething();
     });
   }
 
   std::set<std::int64_t> counts;
   int scans = 0;
-  for (; left > 0 && !HasFailure(); ++scans) {
+  // On a busy machine few scans end while all that is changed.
+  constexpr std::size_t kLeastCounts = 11;
+  for (; (left > 0 || counts.size() < kLeastCounts) && !HasFailure(); ++scans) {
     const SweepInventory inventory = scan(static_cast<unsigned>(scans % 4));
     EXPECT_TRUE(inventory.scanComplete);
     expectWhatStayedOnce(inventory);
     counts.insert(inventory.fileCount);
   }
-  left = 0;
+  isEnough = true;
   threads.clear();
   std::cout << scans << " scans, " << counts.size() << " different counts" << std::endl;
-  EXPECT_GT(counts.size(), 10U) << "the tree hardly changed";
   for (const auto& churn : churns) {
     const Churn::Done& done = churn->done();
     for (const std::int64_t times : {done.folders, done.files, done.links, done.moves, done.swaps, done.removals})
