@@ -34,14 +34,19 @@ ColumnReader::ColumnReader(FileSystem& fileSystem, Background& background, const
       answer_(std::move(answer)),
       listing_(folder, shown) {}
 
-/// Lists once more for the links whose targets have come since.
+/// Lists once more for the links whose targets have come since; without asking for them again, or it would never end.
 void ColumnReader::requestLinks() {
-  std::optional<Request> again;
+  Background::Delay delay{0};
   {
     const std::lock_guard lock(mutex_);
-    if (!next_) again = last_;
+    if (next_ || !last_) return;
+    next_ = last_;
+    next_->onlyNewLinks = true;
+    if (isListing_) return;
+    delay = std::max<Background::Delay>(delay, pausedUntil_ - Clock::now());
+    isScheduled_ = true;
   }
-  if (again) request(std::move(*again));
+  schedule(delay);
 }
 
 void ColumnReader::request(Request request) {
@@ -92,7 +97,9 @@ void ColumnReader::work() {
 void ColumnReader::list(const Request& request) {
   using Looks = ColumnListing::Looks;
   const Clock::time_point begin = Clock::now();
-  const auto lookAtLinks = [this](const auto& folder, const auto& names) { return links_->look(folder, names); };
+  const auto lookAtLinks = [&](const auto& folder, const auto& names) {
+    return links_->look(folder, names, request.onlyNewLinks);
+  };
   const Looks looks = request.inventory.scanComplete ? Looks::all : Looks::some;
   answer_(request.number, listing_.list(fileSystem_, request.inventory, looks, lookAtLinks));
   const Clock::time_point end = Clock::now();

@@ -29,6 +29,7 @@ class ColumnReader : public std::enable_shared_from_this<ColumnReader> {
     std::uint64_t number = 0;  ///< comes back with the answer
     SweepInventory inventory;
     Urgency urgency = Urgency::paced;
+    bool onlyNewLinks = false;  ///< those that were looked at before are not looked at again
   };
   using Rows = std::expected<ColumnRows, SweepError>;
   /// Called in the background, after each listing. Must not throw.

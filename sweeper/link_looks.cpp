@@ -9,13 +9,15 @@ LinkLooks::LinkLooks(Background& background, std::string folder, std::function<v
     : background_(background), folderPath_(std::move(folder)), late_(std::move(late)) {}
 
 ColumnListing::LinkTargets LinkLooks::look(const std::shared_ptr<OpenFolder>& folder,
-                                           const std::vector<std::string>& names) {
+                                           const std::vector<std::string>& names, bool onlyNew) {
   {
     const std::lock_guard lock(mutex_);
-    folder_ = folder;
+    if (isClosed_) return {};
     for (const std::string& name : names) {
-      if (asked_.insert(name).second) waiting_.push_back(name);
+      const bool isNew = known_.insert(name).second;
+      if ((isNew || !onlyNew) && asked_.insert(name).second) waiting_.push_back(name);
     }
+    if (!waiting_.empty()) folder_ = folder;
     isAwaited_ = true;
   }
   startThreads();
@@ -29,6 +31,7 @@ void LinkLooks::close() {
   const std::lock_guard lock(mutex_);
   isClosed_ = true;
   waiting_.clear();
+  folder_.reset();
 }
 
 void LinkLooks::startThreads() {
@@ -60,6 +63,7 @@ void LinkLooks::walk() {
     asked_.erase(name);
     targets_.emplace_back(name, std::move(target));
   }
+  folder_.reset();
   found_.notify_all();
   const bool isLate = hasWork && !isAwaited_ && !isClosed_ && !targets_.empty();
   lock.unlock();

@@ -28,7 +28,9 @@ class LinkLooks : public std::enable_shared_from_this<LinkLooks> {
 
   /// Has the links `names` of the open folder looked at. Returns what is known within half the
   /// moment that the column is waited for, of earlier calls too.
-  ColumnListing::LinkTargets look(const std::shared_ptr<OpenFolder>& folder, const std::vector<std::string>& names);
+  /// With `onlyNew`, links that were asked for once are not asked for again.
+  ColumnListing::LinkTargets look(const std::shared_ptr<OpenFolder>& folder, const std::vector<std::string>& names,
+                                  bool onlyNew = false);
 
   /// The column is closed: nothing more is begun.
   void close();
@@ -44,7 +46,8 @@ class LinkLooks : public std::enable_shared_from_this<LinkLooks> {
   std::mutex mutex_;
   std::condition_variable found_;
   // Under mutex_:
-  std::shared_ptr<OpenFolder> folder_;
+  std::shared_ptr<OpenFolder> folder_;  // only while links wait: it keeps its volume from being unmounted
+  std::set<std::string> known_;         // asked for at least once
   std::deque<std::string> waiting_;
   std::set<std::string> asked_;  // waiting or being looked at
   ColumnListing::LinkTargets targets_;

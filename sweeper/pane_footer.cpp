@@ -140,15 +140,18 @@ void DiskSweeperPane::applyTrashed(const FileUrl& url, const std::expected<void,
     loadError_ = errorText(moved.error());
     return;
   }
+  const FileUrl asked = revealURL() ? *revealURL() : FileUrl();
   // The selection may have gone elsewhere while the disk was slow.
   if (selectedLeafURL_ == url) selectedLeafURL_.reset();
   const auto open = std::find(pathDirectories_.begin(), pathDirectories_.end(), url);
   const auto column = static_cast<std::size_t>(open - pathDirectories_.begin());
   if (column >= 1 && open != pathDirectories_.end()) {
-    if (column + 1 < pathDirectories_.size()) selectedLeafURL_.reset();
+    selectedLeafURL_.reset();  // it lay in what has gone
     pathDirectories_.erase(open, pathDirectories_.end());
     cutColumns(column);
   }
+  // An open question must not come to name something else because of an answer.
+  if (!revealURL() || *revealURL() != asked) confirmTrash_ = false;
   // The scan's totals are not corrected: what they hold was true when it was counted.
   listColumns(Urgency::atOnce);
 }

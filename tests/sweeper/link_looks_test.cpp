@@ -50,6 +50,12 @@ TEST_F(LinkLooksTest, LinksThatAnswerAtOnceAreToldAtOnce) {
   EXPECT_THAT(look({"a"}), ElementsAre("a")) << "as often as it is asked";
 }
 
+TEST_F(LinkLooksTest, TheFolderIsNotKeptOpen) {
+  look({"a", "b", "c"});
+  look({});
+  EXPECT_EQ(folder_.use_count(), 1);
+}
+
 TEST_F(LinkLooksTest, LinksThatAnswerLateAreToldByTheNextCallAndSayThatTheyCame) {
   background_.hold();
   EXPECT_THAT(look({"a"}), IsEmpty());

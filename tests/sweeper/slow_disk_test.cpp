@@ -229,6 +229,44 @@ TEST_F(SlowDisk, WhatIsSelectedWhileAnItemMovesStaysSelected) {
   EXPECT_EQ(pane().selectedLeafURL(), FileUrl("/data/big/one"));
 }
 
+TEST_F(SlowDisk, AnOpenQuestionNeverTurnsToSomethingElseBecauseAnItemHasGone) {
+  desktop_.onTrash = [this](const FileUrl& url) { fileSystem_.remove(url.path()); };
+  sweep("/data");
+  click(0, "big");
+  click(1, "one");
+  background_.hold();
+  pane().performTrash();
+  pane().requestTrash();
+  EXPECT_EQ(pane().trashConfirmTitle(), "Move “one” to Trash?");
+  answer();
+  EXPECT_FALSE(pane().confirmTrash());
+  EXPECT_THAT(desktop_.trashed, ElementsAre(FileUrl("/data/big/one")));
+}
+
+TEST_F(SlowDisk, WhatWasSelectedInAFolderThatHasGoneIsNotSelectedAnyMore) {
+  desktop_.onTrash = [this](const FileUrl& url) { fileSystem_.remove(url.path()); };
+  sweep("/data");
+  click(0, "big");
+  background_.hold();
+  pane().performTrash();
+  click(1, "one");
+  answer();
+  EXPECT_EQ(pane().selectedLeafURL(), std::nullopt);
+  EXPECT_EQ(pane().pathDirectories(), urls({"/data"}));
+}
+
+TEST_F(SlowDisk, LinksThatAnswerLateAreListedOnceMoreAndThatIsAll) {
+  fileSystem_.addLink("/data/link", "big");
+  world_.holdScansAt("/data");
+  background_.hold();
+  pane().beginBrowsing(FileUrl("/data"));
+  int works = 0;
+  while (works < 100 && background_.runNext()) ++works;
+  mainThread_.runQueued();
+  EXPECT_LT(works, 10);
+  EXPECT_TRUE(row(0, "link").isDirectory);
+}
+
 TEST_F(SlowDisk, AFolderThatWasMovedAwayIsClosedWithAllThatWasOpenedInIt) {
   desktop_.onTrash = [this](const FileUrl& url) { fileSystem_.remove(url.path()); };
   sweep("/data");
