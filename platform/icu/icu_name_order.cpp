@@ -97,6 +97,8 @@ void IcuNameOrder::Close::operator()(UCollator* collator) const {
 
 IcuNameOrder::IcuNameOrder(const std::string& locale) {
   UErrorCode code = U_ZERO_ERROR;
+  // ICU falls back on a default from the environment, and ICU 76 crashes when that names no locale.
+  uloc_setDefault("root", &code);
   collator_.reset(ucol_open(icuLocale(locale).c_str(), &code));
   if (U_FAILURE(code)) {  // a setting that names no locale is no reason to have no order
     code = U_ZERO_ERROR;
