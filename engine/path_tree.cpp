@@ -47,13 +47,6 @@ std::optional<PathTreeSnapshot::Place> PathTreeSnapshot::nextChild(const Place& 
   return placeOf(next);
 }
 
-std::optional<PathTreeSnapshot::Place> PathTreeSnapshot::childNamed(const Place& parent,
-                                                                    std::string_view wanted) const {
-  for (auto child = firstChild(parent); child; child = nextChild(parent, *child))
-    if (name(*child) == wanted) return child;
-  return std::nullopt;
-}
-
 std::optional<std::string_view> PathTreeSnapshot::pathBelowRoot(std::string_view key) const {
   const std::string_view rootKey = name(*root());
   if (key == rootKey || !key.starts_with(rootKey)) return std::nullopt;

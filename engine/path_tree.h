@@ -102,7 +102,6 @@ class PathTreeSnapshot {
   std::optional<Place> firstChild(const Place& parent) const;
   /// The child folder of `parent` that follows `child`.
   std::optional<Place> nextChild(const Place& parent, const Place& child) const;
-  std::optional<Place> childNamed(const Place& parent, std::string_view wanted) const;
 
   /// What of the path key `key` lies below the root, without the slash between them; none when it lies elsewhere or is
   /// the root's own. The tree is not empty.
