@@ -17,8 +17,8 @@
 
 #include "bench/json_text.h"
 #include "bench/peak_memory.h"
-#include "engine/column_listing.h"
 #include "engine/disk_sweeper_scan.h"
+#include "engine/listing/column_listing.h"
 #include "platform/platform_file_system.h"
 #include "sweeper/error_text.h"
 

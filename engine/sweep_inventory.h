@@ -5,7 +5,7 @@
 #include <string>
 
 #include "engine/file_url.h"
-#include "engine/path_bytes.h"
+#include "engine/inventory/path_bytes.h"
 
 namespace dunmere {
 

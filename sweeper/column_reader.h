@@ -9,8 +9,8 @@
 #include <mutex>
 #include <optional>
 
-#include "engine/column_listing.h"
 #include "engine/file_system.h"
+#include "engine/listing/column_listing.h"
 #include "engine/sweep_inventory.h"
 #include "sweeper/background.h"
 #include "sweeper/link_looks.h"

@@ -13,10 +13,10 @@
 #include <utility>
 #include <vector>
 
-#include "engine/column_rows.h"
 #include "engine/disk_sweeper_scan.h"
 #include "engine/file_system.h"
 #include "engine/file_url.h"
+#include "engine/listing/column_rows.h"
 #include "engine/sweep_inventory.h"
 #include "engine/sweeper_item.h"
 #include "engine/sweeper_volume.h"

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/column_listing.h"
 #include "engine/file_system.h"
+#include "engine/listing/column_listing.h"
 #include "sweeper/background.h"
 
 namespace dunmere {

@@ -11,8 +11,8 @@
 #include <optional>
 #include <vector>
 
-#include "engine/column_rows.h"
-#include "engine/list_changes.h"
+#include "engine/listing/column_rows.h"
+#include "engine/listing/list_changes.h"
 
 namespace dunmere {
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/column_rows.h"
+#include "engine/listing/column_rows.h"
 #include "engine/sweeper_volume.h"
 
 namespace dunmere {

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "engine/list_changes.h"
+#include "engine/listing/list_changes.h"
 #include "engine/sweeper_volume.h"
 
 namespace dunmere {

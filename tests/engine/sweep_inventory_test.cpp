@@ -7,7 +7,7 @@
 #include <string>
 #include <type_traits>
 
-#include "tests/engine/scan_results.h"
+#include "tests/engine/scan/scan_results.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/print_values.h"
 

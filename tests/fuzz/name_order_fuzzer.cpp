@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/key_order.h"
+#include "engine/listing/key_order.h"
 #include "platform/icu/icu_name_order.h"
 #include "tests/fuzz/require.h"
 

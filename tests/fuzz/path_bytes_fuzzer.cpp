@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
-#include "engine/counted_children.h"
-#include "engine/packed_files.h"
-#include "engine/path_tree_writer.h"
+#include "engine/inventory/counted_children.h"
+#include "engine/inventory/packed_files.h"
+#include "engine/inventory/path_tree_writer.h"
 #include "tests/fuzz/require.h"
 
 namespace dunmere::test {

@@ -14,9 +14,9 @@
 #include <string>
 #include <vector>
 
-#include "engine/column_listing.h"
 #include "engine/disk_sweeper_scan.h"
-#include "engine/in_parallel.h"
+#include "engine/listing/column_listing.h"
+#include "engine/listing/in_parallel.h"
 #include "platform/platform_file_system.h"
 #include "sweeper/disk_sweeper_pane.h"
 #include "tests/platform/folder_contents.h"

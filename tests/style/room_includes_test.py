@@ -11,10 +11,15 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 STANDARD = r"<[a-z_]+>"
 SYSTEM = r"<[a-z][A-Za-z0-9_/.-]*>"
 QT = r"<Q[A-Za-z0-9_/.]*>"
+ENGINE_VALUES = '"engine/[a-z_]+.h"'
 
 # The most special folder first; each with the includes that it may have.
 ROOMS = [
-    ("engine", [STANDARD, '"engine/']),
+    ("engine/inventory", [STANDARD, ENGINE_VALUES, '"engine/inventory/']),
+    ("engine/scan", [STANDARD, ENGINE_VALUES, '"engine/(inventory|scan)/']),
+    ("engine/listing", [STANDARD, ENGINE_VALUES, '"engine/(inventory|listing)/']),
+    ("engine/volumes", [STANDARD, ENGINE_VALUES, '"engine/volumes/']),
+    ("engine", [STANDARD, ENGINE_VALUES, '"engine/inventory/']),
     ("sweeper/view", [STANDARD, QT, '"engine/', '"sweeper/', '"shell/theme/']),
     ("sweeper", [STANDARD, '"engine/', '"sweeper/(?!view/)']),
     ("platform/desktop", [SYSTEM, QT, '"engine/', '"platform/', '"sweeper/(main_thread|desktop).h"']),
@@ -59,6 +64,11 @@ class RoomIncludesTest(unittest.TestCase):
 
     def test_a_forbidden_include_is_found(self):
         forbidden = {
+            "engine/inventory/a.h": ['"engine/scan/a.h"', '"engine/listing/a.h"', '"engine/volumes/a.h"'],
+            "engine/scan/a.h": ['"engine/listing/a.h"', '"engine/volumes/a.h"'],
+            "engine/listing/a.h": ['"engine/scan/a.h"', '"engine/volumes/a.h"'],
+            "engine/volumes/a.h": ['"engine/inventory/a.h"', '"engine/scan/a.h"', '"engine/listing/a.h"'],
+            "engine/a.h": ['"engine/scan/a.h"', '"engine/listing/a.h"', '"engine/volumes/a.h"'],
             "engine/a.cpp": ["<unistd.h>", "<QString>", "<sys/stat.h>", '"sweeper/desktop.h"', '"platform/a.h"'],
             "sweeper/a.h": ["<QObject>", '"platform/a.h"', '"sweeper/view/a.h"', '"shell/a.h"'],
             "sweeper/view/a.cpp": ['"platform/a.h"', '"shell/main.h"', "<unistd.h>"],

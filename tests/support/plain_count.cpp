@@ -6,7 +6,7 @@
 
 #include <utility>
 
-#include "engine/package_names.h"
+#include "engine/scan/package_names.h"
 #include "platform/posix/unique_descriptor.h"
 
 namespace dunmere::test {

@@ -1,0 +1,210 @@
+#include "engine/listing/column_listing.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <system_error>
+#include <utility>
+
+namespace dunmere {
+
+std::expected<ColumnRows, SweepError> ColumnListing::list(FileSystem& fileSystem, const SweepInventory& inventory,
+                                                          Looks looks, const LookAtLinks& lookAtLinks) {
+  // Made while there still is memory.
+  SweepError error{SweepAttempt::openFolder, parent_, std::make_error_code(std::errc::not_enough_memory), {}};
+  try {
+    auto updated = update(fileSystem, inventory, looks, lookAtLinks);
+    if (updated) return rows_;
+    error = std::move(updated.error());
+  } catch (const std::bad_alloc&) {
+  }
+  *this = ColumnListing(std::move(parent_));
+  return std::unexpected(std::move(error));
+}
+
+std::expected<void, SweepError> ColumnListing::update(FileSystem& fileSystem, const SweepInventory& inventory,
+                                                      Looks looks, const LookAtLinks& lookAtLinks) {
+  const auto folder = fileSystem.openFolder(parent_, EntryDetail::kinds);
+  if (!folder) return std::unexpected(folder.error());
+  const std::shared_ptr<const EntryNames> before = entries_.names();
+  const auto others = entries_.read(**folder);
+  if (!others) return std::unexpected(others.error());
+  const bool isFirst = !children_;
+  if (isFirst || *others) beginEntries(*before);
+  updateCounted(inventory);
+  const std::vector<std::string> links = lookAtFiles(fileSystem, **folder, looks);
+  keepTargets(lookAtLinks(*folder, links));
+  const bool isInOrder = order_.positions().size() == entries_.size();
+  std::vector<RowPosition> changed = updateRows(inventory);
+  const bool partialMark = !inventory.scanComplete || inventory.hadReadErrors;
+  const bool isShown = rows_.content() && rows_.content()->names == entries_.names();
+  if (isShown && isInOrder && changed.empty() && partialMark == rows_.content()->partialMark) return {};
+  order_.update(fileSystem, entries_, current_, std::move(changed));
+  publish(partialMark);
+  return {};
+}
+
+/// Other entries than `before`; what was seen of those that are still there stays known.
+void ColumnListing::beginEntries(const EntryNames& before) {
+  children_.emplace(parent_.key());
+  counted_.assign(entries_.size(), {});
+  current_.clear();
+  order_.begin(entries_.size());
+  nextLook_ = 0;
+  for (const auto& [position, seen] : std::exchange(seen_, {})) {
+    const bool isLink = !seen.key.empty();
+    const EntryKind kind = isLink ? EntryKind::symbolicLink : EntryKind::regularFile;
+    const auto now = entries_.find(before[position], kind);
+    if (now && entries_.kind(*now) == kind) seen_.emplace(static_cast<RowPosition>(*now), seen);
+  }
+}
+
+void ColumnListing::updateCounted(const SweepInventory& inventory) {
+  if (!children_->continues(inventory)) counted_.assign(entries_.size(), {});
+  children_->follow(inventory, [this](std::string_view name, bool isFolder, std::int64_t bytes) {
+    const auto position = entries_.find(name, isFolder ? EntryKind::folder : EntryKind::regularFile);
+    if (position) counted_[*position] = bytes;
+  });
+}
+
+bool ColumnListing::needsLook(RowPosition position) const {
+  const EntryKind kind = entries_.kind(position);
+  return kind == EntryKind::symbolicLink || (kind == EntryKind::regularFile && !counted_[position]);
+}
+
+/// Looks at the files whose turn it is, and returns the links whose turn it is.
+std::vector<std::string> ColumnListing::lookAtFiles(FileSystem& fileSystem, OpenFolder& folder, Looks looks) {
+  const FileSystem::Instant begin = fileSystem.now();
+  const bool isBounded = looks == Looks::some;
+  std::int64_t allowed = isBounded ? allowedLooks(begin) : std::numeric_limits<std::int64_t>::max();
+  lastLook_ = begin;
+  std::vector<std::string> links;
+  for (std::size_t visited = 0; visited < entries_.size() && allowed > 0;) {
+    std::vector<RowPosition> files;
+    for (const RowPosition position : takeTurns(visited, allowed)) {
+      if (entries_.kind(position) == EntryKind::regularFile) {
+        files.push_back(position);
+      } else {
+        links.emplace_back(entries_.name(position));
+        seen_.try_emplace(position, Seen{.kind = EntryKind::other, .bytes = 0, .key = "/"});
+      }
+    }
+    if (!files.empty()) measure(folder, files);
+    if (isBounded && fileSystem.now() - begin >= kLongestLook) break;
+  }
+  return links;
+}
+
+ColumnListing::LinkTargets ColumnListing::waitForLinks(const std::shared_ptr<OpenFolder>& folder,
+                                                       const std::vector<std::string>& names) {
+  LinkTargets targets;
+  for (const std::string& name : names) targets.emplace_back(name, folder->resolveLink(name));
+  return targets;
+}
+
+void ColumnListing::keepTargets(const LinkTargets& targets) {
+  for (const auto& [name, target] : targets) {
+    const auto position = entries_.find(name, EntryKind::symbolicLink);
+    if (!position || entries_.kind(*position) != EntryKind::symbolicLink) continue;  // gone meanwhile
+    const EntryAttributes attributes = target.attributes.value_or(EntryAttributes());
+    seen_[static_cast<RowPosition>(*position)] = {attributes.kind, attributes.countedBytes(), target.url.key()};
+  }
+}
+
+std::int64_t ColumnListing::allowedLooks(FileSystem::Instant now) const {
+  constexpr FileSystem::Instant kSecond = std::chrono::seconds(1);
+  return std::max(kLeastLooks, std::min(now - lastLook_, kSecond) * kLooksPerSecond / kSecond);
+}
+
+/// The next few entries whose turn it is, on from the one that was looked at last.
+std::vector<RowPosition> ColumnListing::takeTurns(std::size_t& visited, std::int64_t& allowed) {
+  constexpr std::size_t kAtOnce = 16;      // even of a share that takes 10 ms for each
+  constexpr std::int64_t kLooksALink = 4;  // what a link costs beside a file
+  std::vector<RowPosition> turns;
+  for (; visited < entries_.size() && turns.size() < kAtOnce && allowed > 0; ++visited) {
+    const RowPosition position = nextLook_;
+    nextLook_ = position + 1 < entries_.size() ? position + 1 : 0;
+    if (!needsLook(position)) continue;
+    turns.push_back(position);
+    allowed -= entries_.kind(position) == EntryKind::symbolicLink ? kLooksALink : 1;
+  }
+  return turns;
+}
+
+/// A file that cannot be asked, or is none any more, has no size.
+void ColumnListing::measure(OpenFolder& folder, const std::vector<RowPosition>& files) {
+  EntryBatch batch;
+  for (const RowPosition position : files) batch.add(entries_.name(position), {.kind = EntryKind::regularFile});
+  const bool isMeasured = folder.measure(batch).has_value();
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    const EntryAttributes& attributes = batch.entries()[i].attributes;
+    const bool isFile = isMeasured && attributes.kind == EntryKind::regularFile;
+    seen_[files[i]] = {EntryKind::regularFile, isFile ? attributes.countedBytes() : 0, {}};
+  }
+}
+
+/// The rows that are other than before; all of them when the entries are others.
+std::vector<RowPosition> ColumnListing::updateRows(const SweepInventory& inventory) {
+  std::vector<ColumnRow> rows;
+  rows.reserve(entries_.size());
+  unseen_ = 0;
+  for (RowPosition position = 0; position < entries_.size(); ++position) {
+    rows.push_back(rowOf(position));
+    if (needsLook(position) && !seen_.contains(position)) ++unseen_;
+  }
+  sizeLinks(inventory, rows);
+  std::vector<RowPosition> changed;
+  for (RowPosition position = 0; position < rows.size(); ++position) {
+    if (current_.empty() || rows[position] != current_[position]) changed.push_back(position);
+  }
+  current_ = std::move(rows);
+  return changed;
+}
+
+/// A link's size is still missing.
+ColumnRow ColumnListing::rowOf(RowPosition position) const {
+  const EntryKind kind = entries_.kind(position);
+  ColumnRow row{.position = position,
+                .isDirectory = kind == EntryKind::folder,
+                .isSymbolicLink = kind == EntryKind::symbolicLink};
+  if (kind == EntryKind::folder) row.sizeBytes = counted_[position].value_or(0);
+  if (kind != EntryKind::regularFile) return row;
+  if (counted_[position]) {
+    row.sizeBytes = *counted_[position];
+  } else if (const auto seen = seen_.find(position); seen != seen_.end()) {
+    row.sizeBytes = seen->second.bytes;
+  }
+  return row;
+}
+
+/// What was counted for the target's key, else (the link may have been a file or folder when it was scanned) for the
+/// link's own, else what the disk says of the target.
+void ColumnListing::sizeLinks(const SweepInventory& inventory, std::vector<ColumnRow>& rows) const {
+  std::vector<RowPosition> links;
+  std::vector<std::string> targets;
+  for (const auto& [position, seen] : seen_) {
+    const bool hasSize = seen.kind == EntryKind::folder || seen.kind == EntryKind::regularFile;
+    if (!rows[position].isSymbolicLink || !hasSize) continue;
+    links.push_back(position);
+    targets.push_back(seen.key);
+  }
+  const std::vector<std::optional<std::int64_t>> ofTargets = inventory.pathBytes.findAll(targets);
+  for (std::size_t i = 0; i < links.size(); ++i) {
+    const Seen& seen = seen_.at(links[i]);
+    ColumnRow& row = rows[links[i]];
+    row.isDirectory = seen.kind == EntryKind::folder;
+    const auto counted = ofTargets[i] ? ofTargets[i] : counted_[links[i]];
+    row.sizeBytes = counted.value_or(row.isDirectory ? 0 : seen.bytes);
+  }
+}
+
+void ColumnListing::publish(bool partialMark) {
+  ColumnRows::Content content{
+      .parent = parent_, .names = entries_.names(), .rows = {}, .partialMark = partialMark, .changes = {}};
+  content.rows.reserve(current_.size());
+  for (const RowPosition position : order_.positions()) content.rows.push_back(current_[position]);
+  content.changes = changesBetween(rows_, content);
+  rows_ = ColumnRows(std::move(content));
+}
+
+}  // namespace dunmere

@@ -1,0 +1,182 @@
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <new>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "engine/disk_sweeper_scan.h"
+#include "engine/inventory/packed_files.h"
+#include "engine/inventory/path_tree_writer.h"
+#include "engine/scan/read_ahead.h"
+
+namespace dunmere {
+
+namespace {
+
+using ScanResult = DiskSweeperScan::ScanResult;
+
+// A snapshot is due after every so many files, and after so much time.
+constexpr std::int64_t kPublishEveryFiles = 12'000;
+constexpr FileSystem::Instant kPublishEvery = std::chrono::milliseconds(350);
+
+// More than there are processors: a reader mostly waits for the disk, and several waiting at a time let the disk find a
+// good order. In trials of bare reading from a cold disk, on two processors, 1,000,000 files took 4.8 s with one
+// thread, 3.0 s with two and 2.3 s with eight. A scan of as many files in the cache took 1.8 s with no reader, 1.4 s
+// with two, 1.1 s with four and 1.2 s with eight: little is lost there.
+constexpr unsigned kUsualReaders = 8;
+
+SweepError scanError(const FileUrl& root, std::error_code code) {
+  return {SweepAttempt::startScan, root, code, {}};
+}
+
+SweepError scanError(const FileUrl& root, std::errc code) {
+  return scanError(root, std::make_error_code(code));
+}
+
+// Whether a root that did not open is there all the same, but not for this user or not now: such a scan finds nothing
+// and says that it could not read everything. A root that is missing or no folder cannot be scanned at all, nor can any
+// when the process has no descriptor or memory left.
+bool isUnreadable(std::error_code code) {
+  constexpr std::array cannotStart = {std::errc::no_such_file_or_directory,
+                                      std::errc::not_a_directory,
+                                      std::errc::too_many_symbolic_link_levels,
+                                      std::errc::filename_too_long,
+                                      std::errc::invalid_argument,
+                                      std::errc::too_many_files_open,
+                                      std::errc::too_many_files_open_in_system,
+                                      std::errc::not_enough_memory};
+  return std::ranges::none_of(cannotStart, [code](std::errc reason) { return code == reason; });
+}
+
+/// One scan, on its own thread:
+///   1. folders come in depth-first order, each with its files before the folders inside it;
+///   2. a folder's files go to the tree, and their sum to the folder; when it is closed its sum goes to its parent;
+///   3. after each file a snapshot may be due, in which the open folders' sums count what lies below them so far.
+/// So each file counts in every folder from its parent up to the root and in nothing above: a file is reached only
+/// through these folders. No path is built or compared for that, hence no name (one that begins with a combining mark,
+/// or is not UTF-8 at all) can end the climb early or take it past the root.
+class ProgressiveScan {
+ public:
+  ProgressiveScan(FileSystem& fileSystem, const FileUrl& root, const DiskSweeperScan::UpdateCallback& onUpdate)
+      : fileSystem_(fileSystem), onUpdate_(onUpdate), inventory_(SweepInventory::emptyFor(root)) {}
+
+  ScanResult run(unsigned readers) {
+    auto root = fileSystem_.openFolder(inventory_.root, EntryDetail::sizes);
+    lastPublication_ = fileSystem_.now();
+    if (root) {
+      countTree(std::move(*root), readers);
+    } else {
+      if (!isUnreadable(root.error().code)) return std::unexpected(scanError(inventory_.root, root.error().code));
+      inventory_.hadReadErrors = true;
+    }
+    inventory_.scanComplete = true;
+    publish();
+    return inventory_;
+  }
+
+ private:
+  void countTree(std::shared_ptr<OpenFolder> root, unsigned readers) {
+    ReadAhead readAhead(fileSystem_, std::move(root), readers);
+    while (const auto folder = readAhead.nextFolder()) {
+      closeFolders(folder->depth);
+      tree_.openFolder(folder->depth == 0 ? inventory_.rootPath : folder->name);
+      while (const auto files = readAhead.nextFiles()) countFiles(*files);
+      if (readAhead.failed()) inventory_.hadReadErrors = true;
+    }
+    closeFolders(0);
+  }
+
+  void closeFolders(std::size_t depth) {
+    while (tree_.depth() > depth) tree_.closeFolder();
+  }
+
+  // Hands the files to the tree at once, or piece by piece where snapshots fall due.
+  void countFiles(std::string_view packed) {
+    const char* const end = packed.data() + packed.size();
+    for (const char* start = packed.data(); start != end;) {
+      const char* position = start;
+      std::int64_t count = 0;
+      std::int64_t bytes = 0;
+      bool due = false;
+      while (position != end && !due) {
+        bytes = addBytes(bytes, takePackedFile(position).bytes);
+        due = isPublicationDue(inventory_.fileCount + ++count);
+      }
+      tree_.addFiles(std::string_view(start, position), count, bytes);
+      inventory_.fileCount += count;
+      inventory_.totalFileBytes = addBytes(inventory_.totalFileBytes, bytes);
+      if (due) publish();
+      start = position;
+    }
+  }
+
+  // Asks the clock after each file, so that also a giant folder shows progress.
+  bool isPublicationDue(std::int64_t fileCount) {
+    const FileSystem::Instant now = fileSystem_.now();
+    if (fileCount % kPublishEveryFiles != 0 && now - lastPublication_ < kPublishEvery) return false;
+    lastPublication_ = now;
+    return true;
+  }
+
+  void publish() {
+    inventory_.pathBytes = tree_.snapshot();
+    onUpdate_(inventory_);
+  }
+
+  FileSystem& fileSystem_;
+  const DiskSweeperScan::UpdateCallback& onUpdate_;
+  SweepInventory inventory_;  // as of the last file
+  PathTreeWriter tree_;
+  FileSystem::Instant lastPublication_{};
+};
+
+// What a scan's thread takes along.
+struct ScanJob {
+  FileSystem& fileSystem;
+  const FileUrl root;
+  DiskSweeperScan::UpdateCallback onUpdate;
+  const ScanOptions options;
+  std::promise<ScanResult> promise;
+  SweepError noMemory = scanError(root, std::errc::not_enough_memory);  // made while there still is some
+};
+
+ScanResult scan(ScanJob& job) {
+  job.fileSystem.enterUtilityPriority();
+  try {
+    ProgressiveScan progressiveScan(job.fileSystem, job.root, job.onUpdate);
+    return progressiveScan.run(job.options.readers.value_or(kUsualReaders));
+  } catch (const std::bad_alloc&) {
+    return std::unexpected(std::move(job.noMemory));
+  }
+}
+
+// The promise is kept when all else is over and done with: whoever waits for it may then take everything away.
+void runJob(ScanJob& job) {
+  try {
+    ScanResult result = scan(job);
+    job.onUpdate = nullptr;
+    job.promise.set_value(std::move(result));
+  } catch (...) {
+    job.onUpdate = nullptr;
+    job.promise.set_exception(std::current_exception());
+  }
+}
+
+}  // namespace
+
+std::future<DiskSweeperScan::ScanResult> DiskSweeperScan::runProgressiveScan(FileSystem& fileSystem, FileUrl under,
+                                                                             UpdateCallback onUpdate,
+                                                                             ScanOptions options) {
+  const auto job = std::make_shared<ScanJob>(fileSystem, std::move(under), std::move(onUpdate), options);
+  std::future<ScanResult> result = job->promise.get_future();
+  try {
+    std::thread([job] { runJob(*job); }).detach();
+  } catch (const std::system_error&) {
+    job->promise.set_value(std::unexpected(scanError(job->root, std::errc::resource_unavailable_try_again)));
+  }
+  return result;
+}
+
+}  // namespace dunmere

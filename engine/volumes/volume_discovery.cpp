@@ -1,0 +1,149 @@
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "engine/disk_sweeper_scan.h"
+#include "engine/volumes/storage_scanner.h"
+
+namespace dunmere {
+
+namespace {
+
+constexpr std::string_view kSystemVolumesPrefix = "/System/Volumes/";
+constexpr std::string_view kSwapPath = "/private/var/vm";
+constexpr std::string_view kSimulatorPathPart = "/Library/Developer/CoreSimulator";
+constexpr std::string_view kSimulatorNamePart = "simulator";
+constexpr std::string_view kBootVolumeName = "Macintosh HD";
+constexpr std::array<std::string_view, 8> kSystemVolumeNames = {"preboot", "vm",         "update",   "hardware",
+                                                                "xart",    "iscpreboot", "recovery", "mnt_preview"};
+
+// White space and line ends outside ASCII, as UTF-8: next line, the Unicode space separators, line and paragraph
+// separator. A label may hold any of them.
+constexpr std::array<std::string_view, 19> kWideSpaces = {
+    "\u0085", "\u00a0", "\u1680", "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006",
+    "\u2007", "\u2008", "\u2009", "\u200a", "\u2028", "\u2029", "\u202f", "\u205f", "\u3000"};
+
+constexpr bool isAsciiSpace(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+std::size_t leadingSpaceLength(std::string_view text) {
+  if (!text.empty() && isAsciiSpace(text.front())) return 1;
+  const auto wide =
+      std::ranges::find_if(kWideSpaces, [text](std::string_view space) { return text.starts_with(space); });
+  return wide == kWideSpaces.end() ? 0 : wide->size();
+}
+
+std::size_t trailingSpaceLength(std::string_view text) {
+  if (!text.empty() && isAsciiSpace(text.back())) return 1;
+  const auto wide = std::ranges::find_if(kWideSpaces, [text](std::string_view space) { return text.ends_with(space); });
+  return wide == kWideSpaces.end() ? 0 : wide->size();
+}
+
+std::string_view trimmed(std::string_view text) {
+  while (const std::size_t length = leadingSpaceLength(text)) text.remove_prefix(length);
+  while (const std::size_t length = trailingSpaceLength(text)) text.remove_suffix(length);
+  return text;
+}
+
+/// ASCII letters only: everything that names are compared with is ASCII.
+std::string lowerCased(std::string_view text) {
+  std::string lower(text);
+  std::ranges::transform(lower, lower.begin(),
+                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return lower;
+}
+
+bool isSystemPath(std::string_view path) {
+  return path.starts_with(kSystemVolumesPrefix) || path == kSwapPath;
+}
+
+bool isSimulatorPath(std::string_view path) {
+  return path.contains(kSimulatorPathPart);
+}
+
+/// What can be told from the path alone, so that such a volume is never measured.
+bool isExcludedByPath(const FileUrl& url) {
+  const std::string path = url.path();
+  return isSystemPath(path) || isSimulatorPath(path) ||
+         lowerCased(url.lastPathComponent()).contains(kSimulatorNamePart);
+}
+
+bool shouldIncludeUserFacingVolume(const FileUrl& url, std::string_view name, const VolumeValues& values) {
+  if (!values.isBrowsable.value_or(true)) return false;
+  // Asked again, although listVolumes has asked before measuring: this rule stands on its own.
+  if (isSystemPath(url.path())) return false;
+  if (isSimulatorPath(url.path())) return false;
+  const std::string plainName = lowerCased(trimmed(name));
+  if (std::ranges::find(kSystemVolumeNames, plainName) != kSystemVolumeNames.end()) return false;
+  return !plainName.contains(kSimulatorNamePart);
+}
+
+std::string displayName(const FileUrl& url, const VolumeValues& values) {
+  const std::string name = values.name.value_or(std::string());
+  return name.empty() ? url.lastPathComponent() : name;
+}
+
+/// Total and free bytes as reported; the root volume's from the home folder when it reports no total of its own.
+std::optional<VolumeSnapshot> capacityOf(const FileUrl& url, const VolumeValues& values, FileSystem& fileSystem) {
+  const std::int64_t total = values.totalBytes.value_or(0);
+  // The plain available bytes on purpose: what the system would clear counts in the boot snapshot only.
+  if (total >= 1) return VolumeSnapshot{total, std::min(total, values.availableBytes.value_or(0))};
+  if (url.path() != "/") return std::nullopt;
+  return StorageScanner::bootVolumeSnapshot(fileSystem);
+}
+
+}  // namespace
+
+std::vector<SweeperVolume> DiskSweeperScan::fallbackVolumes(FileSystem& fileSystem) {
+  const auto snapshot = StorageScanner::bootVolumeSnapshot(fileSystem);
+  if (!snapshot) return {};
+  const auto values = fileSystem.volumeValues(fileSystem.homeFolder());
+  std::string name(kBootVolumeName);
+  if (values && values->name) name = *values->name;  // an empty name stays as it is
+  return {{FileUrl("/"), std::move(name), snapshot->totalBytes, snapshot->freeBytes}};
+}
+
+std::optional<std::vector<VolumeMount>> DiskSweeperScan::volumeCandidates(FileSystem& fileSystem) {
+  auto volumes = fileSystem.mountedVolumes();
+  if (volumes) std::erase_if(*volumes, [](const VolumeMount& volume) { return isExcludedByPath(volume.url); });
+  return volumes;
+}
+
+std::optional<SweeperVolume> DiskSweeperScan::measureVolume(FileSystem& fileSystem, const VolumeMount& candidate) {
+  const FileUrl& url = candidate.url;
+  const auto values = fileSystem.volumeValues(candidate);
+  if (!values) return std::nullopt;
+  std::string name = displayName(url, *values);
+  if (!shouldIncludeUserFacingVolume(url, name, *values)) return std::nullopt;
+  const auto capacity = capacityOf(url, *values, fileSystem);
+  if (!capacity) return std::nullopt;
+  if (name.empty() || name == "/") name = kBootVolumeName;
+  return SweeperVolume{url, std::move(name), capacity->totalBytes, capacity->freeBytes};
+}
+
+void DiskSweeperScan::sortVolumes(FileSystem& fileSystem, std::vector<SweeperVolume>& volumes) {
+  std::ranges::stable_sort(volumes, {},
+                           [&fileSystem](const SweeperVolume& v) { return fileSystem.nameSortKey(v.name); });
+}
+
+std::vector<SweeperVolume> DiskSweeperScan::listVolumes(FileSystem& fileSystem) {
+  const auto candidates = volumeCandidates(fileSystem);
+  if (!candidates) return fallbackVolumes(fileSystem);
+  std::vector<SweeperVolume> volumes;
+  constexpr std::size_t kUsualVolumes = 8;
+  volumes.reserve(std::min(candidates->size(), kUsualVolumes));
+  for (const VolumeMount& candidate : *candidates) {
+    if (auto volume = measureVolume(fileSystem, candidate)) volumes.push_back(std::move(*volume));
+  }
+  if (volumes.empty()) return fallbackVolumes(fileSystem);
+  sortVolumes(fileSystem, volumes);
+  return volumes;
+}
+
+}  // namespace dunmere

@@ -1,0 +1,86 @@
+#include "engine/scan/package_names.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace dunmere {
+namespace {
+
+TEST(PackageNames, EveryKnownExtensionMakesAPackage) {
+  for (const char* extension : {"app",
+                                "appex",
+                                "bundle",
+                                "plugin",
+                                "kext",
+                                "xpc",
+                                "prefpane",
+                                "qlgenerator",
+                                "mdimporter",
+                                "saver",
+                                "wdgt",
+                                "scptd",
+                                "rtfd",
+                                "photoslibrary",
+                                "photolibrary",
+                                "aplibrary",
+                                "migratedphotolibrary",
+                                "imovielibrary",
+                                "fcpbundle",
+                                "tvlibrary",
+                                "musiclibrary",
+                                "band",
+                                "logicx",
+                                "sparsebundle",
+                                "xcodeproj",
+                                "xcworkspace",
+                                "playground",
+                                "xcarchive",
+                                "dsym",
+                                "docset",
+                                "xctest",
+                                "vmwarevm",
+                                "pvm"}) {
+    EXPECT_TRUE(isPackageName(std::string("Stem.") + extension)) << extension;
+  }
+}
+
+TEST(PackageNames, CaseDoesNotMatter) {
+  EXPECT_TRUE(isPackageName("Mail.APP"));
+  EXPECT_TRUE(isPackageName("Dunmere.dSYM"));
+  EXPECT_TRUE(isPackageName("Pictures.PhotosLibrary"));
+}
+
+TEST(PackageNames, WordsThatOrdinaryFoldersUseAreNoPackages) {
+  for (const char* extension :
+       {"action",   "component", "definition", "dist",      "download",    "epub",  "key",
+        "menu",     "numbers",   "pages",      "patch",     "pkg",         "mpkg",  "service",
+        "template", "theater",   "workflow",   "framework", "xcframework", "lproj", "xcassets"}) {
+    EXPECT_FALSE(isPackageName(std::string("Stem.") + extension)) << extension;
+  }
+}
+
+TEST(PackageNames, TheStemMayNotBeEmpty) {
+  EXPECT_FALSE(isPackageName(".app"));
+  EXPECT_TRUE(isPackageName("x.app"));
+}
+
+TEST(PackageNames, OnlyTheLastExtensionCounts) {
+  EXPECT_TRUE(isPackageName("notes.txt.rtfd"));
+  EXPECT_FALSE(isPackageName("Mail.app.old"));
+}
+
+TEST(PackageNames, NamesWithoutAnExtensionAreNoPackages) {
+  for (const char* name : {"", ".", "..", "app", "applications", "Mail.", "Mail.ap", "Mail.apps", "Mail.app "}) {
+    EXPECT_FALSE(isPackageName(name)) << name;
+  }
+}
+
+TEST(PackageNames, AnyBytesMayBeAsked) {
+  EXPECT_TRUE(isPackageName("\xff\xfe.app"));
+  EXPECT_FALSE(isPackageName("x.\xff\xfe"));
+  EXPECT_FALSE(isPackageName("x." + std::string(250, 'a')));
+}
+
+}  // namespace
+}  // namespace dunmere
