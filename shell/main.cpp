@@ -13,9 +13,9 @@
 #include "platform/desktop/qt_main_thread.h"
 #include "platform/platform_file_system.h"
 #include "shell/content_model.h"
-#include "shell/theme/accessible_controls.h"
 #include "sweeper/background_threads.h"
 #include "sweeper/view/accessible_list.h"
+#include "theme/accessible_controls.h"
 
 namespace {
 

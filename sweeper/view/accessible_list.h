@@ -4,7 +4,7 @@
 #include <QList>
 #include <QPoint>
 
-#include "shell/theme/accessible_item.h"
+#include "theme/accessible_item.h"
 
 namespace dunmere {
 

@@ -94,7 +94,7 @@ class PackageTest(unittest.TestCase):
             self.assertEqual({"usr/" + name for name in files_below(prefix)}, FILES)
 
     def test_depends_on_every_qml_module_that_a_view_imports(self):
-        roots = [os.path.join(PROJECT, "shell"), os.path.join(PROJECT, "sweeper", "view")]
+        roots = [os.path.join(PROJECT, room) for room in ("shell", "sweeper/view", "theme")]
         qml = subprocess.run(["qmake6", "-query", "QT_INSTALL_QML"], check=True, stdout=subprocess.PIPE,
                              text=True).stdout.strip()
         scan = subprocess.run([os.environ["QML_IMPORT_SCANNER"], *sum([["-rootPath", root] for root in roots], []),

@@ -20,12 +20,12 @@ ROOMS = [
     ("engine/listing", [STANDARD, ENGINE_VALUES, '"engine/(inventory|listing)/']),
     ("engine/volumes", [STANDARD, ENGINE_VALUES, '"engine/volumes/']),
     ("engine", [STANDARD, ENGINE_VALUES, '"engine/inventory/']),
-    ("sweeper/view", [STANDARD, QT, '"engine/', '"sweeper/', '"shell/theme/']),
+    ("sweeper/view", [STANDARD, QT, '"engine/', '"sweeper/', '"theme/']),
     ("sweeper", [STANDARD, '"engine/', '"sweeper/(?!view/)']),
     ("platform/desktop", [SYSTEM, QT, '"engine/', '"platform/', '"sweeper/(main_thread|desktop).h"']),
     ("platform", [SYSTEM, '"engine/', '"platform/(?!desktop/)', '"sweeper/(main_thread|desktop).h"']),
-    ("shell/theme", [STANDARD, QT, '"shell/theme/']),
-    ("shell", [SYSTEM, QT, '"(engine|sweeper|platform|shell)/']),
+    ("theme", [STANDARD, QT, '"theme/']),
+    ("shell", [SYSTEM, QT, '"(engine|sweeper|platform|theme|shell)/']),
 ]
 
 
@@ -39,7 +39,7 @@ def includes(path):
 
 
 def sources(project):
-    for room in ("engine", "sweeper", "platform", "shell"):
+    for room in ("engine", "sweeper", "platform", "theme", "shell"):
         for folder, _, names in os.walk(os.path.join(project, room)):
             for name in sorted(names):
                 if name.endswith((".h", ".cpp", ".mm")):
@@ -75,7 +75,7 @@ class RoomIncludesTest(unittest.TestCase):
             "platform/posix/a.cpp": ["<QFile>", '"sweeper/disk_sweeper_pane.h"', '"shell/a.h"',
                                      '"platform/desktop/a.h"'],
             "platform/desktop/a.cpp": ['"sweeper/view/a.h"', '"shell/a.h"'],
-            "shell/theme/a.h": ['"shell/main.h"', '"engine/a.h"', '"sweeper/a.h"'],
+            "theme/a.h": ['"shell/main.h"', '"engine/a.h"', '"sweeper/a.h"'],
             "shell/main.cpp": ['"tests/a.h"', '"bench/a.h"'],
         }
         with tempfile.TemporaryDirectory() as project:

@@ -1,4 +1,4 @@
-#include "shell/theme/symbol_paths.h"
+#include "theme/symbol_paths.h"
 
 #include <gtest/gtest.h>
 

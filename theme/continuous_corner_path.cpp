@@ -1,4 +1,4 @@
-#include "shell/theme/continuous_corner_path.h"
+#include "theme/continuous_corner_path.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "shell/theme/splitter.h"
+#include "theme/splitter.h"
 
 #include <QAccessible>
 #include <QKeyEvent>

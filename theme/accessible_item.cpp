@@ -1,4 +1,4 @@
-#include "shell/theme/accessible_item.h"
+#include "theme/accessible_item.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>

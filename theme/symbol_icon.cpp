@@ -1,10 +1,10 @@
-#include "shell/theme/symbol_icon.h"
+#include "theme/symbol_icon.h"
 
 #include <QPainter>
 #include <QtMath>
 #include <algorithm>
 
-#include "shell/theme/symbol_paths.h"
+#include "theme/symbol_paths.h"
 
 namespace dunmere {
 namespace {

@@ -1,4 +1,4 @@
-#include "shell/theme/last_input.h"
+#include "theme/last_input.h"
 
 #include <QCoreApplication>
 #include <QEvent>

@@ -1,10 +1,10 @@
-#include "shell/theme/continuous_rectangle.h"
+#include "theme/continuous_rectangle.h"
 
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
 
-#include "shell/theme/continuous_corner_path.h"
+#include "theme/continuous_corner_path.h"
 
 namespace dunmere {
 

@@ -3,8 +3,8 @@
 
 #include <QAccessibleValueInterface>
 
-#include "shell/theme/accessible_item.h"
-#include "shell/theme/splitter.h"
+#include "theme/accessible_item.h"
+#include "theme/splitter.h"
 
 namespace dunmere {
 

@@ -1,4 +1,4 @@
-#include "shell/theme/accessible_controls.h"
+#include "theme/accessible_controls.h"
 
 #include <QMetaObject>
 
