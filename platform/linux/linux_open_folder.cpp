@@ -168,13 +168,10 @@ std::optional<EntryAttributes> LinuxOpenFolder::attributes(std::string_view name
 }
 
 LinkTarget LinuxOpenFolder::resolveLink(std::string_view name) {
-  const auto find = [&]() -> std::expected<UniqueDescriptor, int> {
-    const auto pin = descriptor();
-    if (!pin) return std::unexpected(pin.error());
-    return findTarget(pin->descriptor(), std::string(name));
-  };
-  const auto target = descriptors().openWhenPossible(find);
   FileUrl ownUrl = url().appending(name).standardized();
+  const auto pin = descriptor();
+  if (!pin) return {.url = std::move(ownUrl), .attributes = std::nullopt};
+  const auto target = descriptors().openWithRetry([&] { return findTarget(pin->descriptor(), std::string(name)); });
   if (!target) return {.url = std::move(ownUrl), .attributes = std::nullopt};
   return describeTarget(*target, std::move(ownUrl));
 }

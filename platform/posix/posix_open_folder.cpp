@@ -42,7 +42,7 @@ void PosixOpenFolder::releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noe
 }
 
 std::expected<void, SweepError> PosixOpenFolder::openByPath() {
-  auto opened = descriptors_.openWhenPossible([this] { return openPath(name_, kFolderFlags); });
+  auto opened = descriptors_.openWithRetry([this] { return openPath(name_, kFolderFlags); });
   if (!opened) return std::unexpected(failure(url(), opened.error()));
   descriptors_.keep(slot_, std::move(*opened));
   return {};
@@ -55,10 +55,6 @@ std::expected<void, SweepError> PosixOpenFolder::openBelowParent() {
 }
 
 std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::descriptor() {
-  return descriptors_.openWhenPossible([this] { return pinOrReopen(); });
-}
-
-std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::pinOrReopen() {
   if (Pin pin = descriptors_.pin(slot_)) return pin;
   // Up to the nearest folder that is still open (the topmost always is), then down again, opening each on the way.
   std::vector<PosixOpenFolder*> closed = {this};
@@ -75,15 +71,11 @@ std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::pinOrReopen() {
 }
 
 std::expected<UniqueDescriptor, int> PosixOpenFolder::openEntry(int folder, const std::string& name) const {
-  const auto open = [&] { return UniqueDescriptor(::openat(folder, name.c_str(), kFolderFlags | O_NOFOLLOW)); };
-  UniqueDescriptor opened = open();
-  if (!opened && FolderDescriptors::isShortage(errno)) {
-    // Those opened on the way here may have been the last ones.
-    descriptors_.closeIdle();
-    opened = open();
-  }
-  if (!opened) return std::unexpected(errno);
-  return opened;
+  return descriptors_.openWithRetry([&]() -> std::expected<UniqueDescriptor, int> {
+    UniqueDescriptor opened(::openat(folder, name.c_str(), kFolderFlags | O_NOFOLLOW));
+    if (!opened) return std::unexpected(errno);
+    return opened;
+  });
 }
 
 FileUrl PosixOpenFolder::url() const {

@@ -1,4 +1,4 @@
-// PosixOpenFolder: one folder of a walk or a listing, held by a descriptor that may be given up and opened anew.
+// PosixOpenFolder: one folder of a walk or a listing, held by a descriptor that may be closed and opened again.
 #pragma once
 
 #include <expected>
@@ -11,7 +11,7 @@
 namespace dunmere {
 
 /// What every system's open folders share; how a folder is read and an entry looked up is left to the system's own
-/// class. Keeps the folders above it alive: when its descriptor was closed to save descriptors, it is opened anew from
+/// class. Keeps the folders above it alive: when its descriptor was closed to save descriptors, it is opened again from
 /// the nearest one above that is still open. Must not outlive `descriptors`.
 class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<PosixOpenFolder> {
  public:
@@ -29,7 +29,7 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
   /// Opens a folder that has a parent; not if it is a link. To be called once, before anything else.
   std::expected<void, SweepError> openBelowParent();
 
-  /// The open descriptor, opened anew if need be; at its first entry when its generation is another than before.
+  /// The open descriptor, opened again if need be; at its first entry when its generation is another than before.
   std::expected<Pin, int> descriptor();
 
   FolderDescriptors& descriptors() const { return descriptors_; }
@@ -37,7 +37,6 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
   SweepError failure(FileUrl path, int error) const;
 
  private:
-  std::expected<Pin, int> pinOrReopen();
   std::expected<UniqueDescriptor, int> openEntry(int folder, const std::string& name) const;
   static void releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noexcept;
 

@@ -135,7 +135,7 @@ TEST(FolderDescriptorsBudget, FollowsTheLimitOfTheProcess) {
            })
         .exitCode;
   };
-  EXPECT_EQ(budgetAt(6), 1);
+  EXPECT_EQ(budgetAt(6), 8 / 4);
   EXPECT_EQ(budgetAt(64), 32 / 4);
   EXPECT_EQ(budgetAt(1024), 512 / 4);
   EXPECT_EQ(budgetAt(4096), 512 / 4);
