@@ -12,8 +12,8 @@
 
 #include "platform/desktop/file_manager.h"
 #include "tests/platform/event_loop.h"
-#include "tests/platform/fake_url_opener.h"
 #include "tests/platform/private_bus.h"
+#include "tests/support/fake_url_opener.h"
 
 namespace dunmere::test {
 
@@ -87,7 +87,7 @@ TEST_F(Reveal, AnAnswerLeavesTheFolderAlone) {
   fileManager().reveal(FileUrl("/tmp/item"));
   waitForAnswers();
   EXPECT_EQ(service.shown.size(), 1);
-  EXPECT_THAT(urlOpener.opened, IsEmpty());
+  EXPECT_THAT(urlOpener.asked, IsEmpty());
 }
 
 TEST_F(Reveal, ATrailingSlashIsNoPartOfTheItem) {
@@ -99,39 +99,38 @@ TEST_F(Reveal, ATrailingSlashIsNoPartOfTheItem) {
 
 TEST_F(Reveal, WithoutAFileManagerTheItemsFolderIsOpened) {
   fileManager().reveal(FileUrl("/tmp/a b\xff/item"));
-  ASSERT_TRUE(waitUntil([&] { return !urlOpener.opened.empty(); }));
-  EXPECT_THAT(urlOpener.opened, ElementsAre("file:///tmp/a%20b%FF"));
+  ASSERT_TRUE(waitUntil([&] { return !urlOpener.asked.empty(); }));
+  EXPECT_THAT(urlOpener.asked, ElementsAre("file:///tmp/a%20b%FF"));
 }
 
 TEST_F(Reveal, AFileManagerThatRefusesHasTheItemsFolderOpened) {
   service.manner = FakeFileManager::Manner::refuses;
   startService();
   fileManager().reveal(FileUrl("/tmp/folder/item"));
-  ASSERT_TRUE(waitUntil([&] { return !urlOpener.opened.empty(); }));
+  ASSERT_TRUE(waitUntil([&] { return !urlOpener.asked.empty(); }));
   EXPECT_EQ(service.shown.size(), 1);
-  EXPECT_THAT(urlOpener.opened, ElementsAre("file:///tmp/folder"));
+  EXPECT_THAT(urlOpener.asked, ElementsAre("file:///tmp/folder"));
 }
 
 TEST_F(Reveal, AFileManagerThatHangsHasTheItemsFolderOpened) {
   service.manner = FakeFileManager::Manner::hangs;
   startService();
   fileManager(std::chrono::milliseconds(50)).reveal(FileUrl("/tmp/folder/item"));
-  EXPECT_THAT(urlOpener.opened, IsEmpty());  // it did not wait for the answer
-  ASSERT_TRUE(waitUntil([&] { return !urlOpener.opened.empty(); }));
+  EXPECT_THAT(urlOpener.asked, IsEmpty());  // it did not wait for the answer
+  ASSERT_TRUE(waitUntil([&] { return !urlOpener.asked.empty(); }));
   EXPECT_EQ(service.shown.size(), 1);
-  EXPECT_THAT(urlOpener.opened, ElementsAre("file:///tmp/folder"));
+  EXPECT_THAT(urlOpener.asked, ElementsAre("file:///tmp/folder"));
 }
 
 TEST_F(Reveal, WithoutABusTheItemsFolderIsOpened) {
   FileManager(QDBusConnection(QStringLiteral("no such connection")), urlOpener).reveal(FileUrl("/tmp/folder/item"));
-  EXPECT_THAT(urlOpener.opened, ElementsAre("file:///tmp/folder"));
+  EXPECT_THAT(urlOpener.asked, ElementsAre("file:///tmp/folder"));
 }
 
 TEST_F(Reveal, AFolderThatCannotBeOpenedIsNoFailure) {
-  urlOpener.answer = false;
   fileManager().reveal(FileUrl("/item"));
-  ASSERT_TRUE(waitUntil([&] { return !urlOpener.opened.empty(); }));
-  EXPECT_THAT(urlOpener.opened, ElementsAre("file:///"));
+  ASSERT_TRUE(waitUntil([&] { return !urlOpener.asked.empty(); }));
+  EXPECT_THAT(urlOpener.asked, ElementsAre("file:///"));
 }
 
 TEST_F(Reveal, ARequestEndsWithItsFileManager) {
@@ -140,7 +139,7 @@ TEST_F(Reveal, ARequestEndsWithItsFileManager) {
   fileManager(std::chrono::milliseconds(1)).reveal(FileUrl("/tmp/folder/item"));
   endFileManager();
   ASSERT_TRUE(waitUntil([&] { return !service.shown.isEmpty(); }));
-  EXPECT_THAT(urlOpener.opened, IsEmpty());
+  EXPECT_THAT(urlOpener.asked, IsEmpty());
 }
 
 }  // namespace

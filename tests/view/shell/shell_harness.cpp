@@ -4,9 +4,9 @@
 
 #include "tests/support/background_queue.h"
 #include "tests/support/fake_desktop.h"
+#include "tests/support/fake_url_opener.h"
 #include "tests/support/main_thread_queue.h"
 #include "tests/support/memory_file_system.h"
-#include "tests/view/shell/fake_url_opener.h"
 
 namespace dunmere::test {
 

@@ -5,7 +5,7 @@
 
 #include <array>
 
-#include "tests/view/shell/fake_url_opener.h"
+#include "tests/support/fake_url_opener.h"
 
 namespace dunmere {
 namespace {
