@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <memory>
 
-#include "platform/desktop/graphics_processor.h"
 #include "platform/desktop/platform_desktop.h"
 #include "platform/desktop/qt_main_thread.h"
 #include "platform/platform_file_system.h"

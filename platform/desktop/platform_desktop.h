@@ -1,7 +1,8 @@
-// The user's desktop, as the system that the program was built for has it.
+// What the application needs of the user's desktop, as the system that the program was built for has it.
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "engine/file_system.h"
 #include "platform/desktop/url_opener.h"
@@ -9,10 +10,19 @@
 
 namespace dunmere {
 
-/// Never null. Main thread only; needs a QApplication. The build picks the implementation.
+// The build picks the implementations.
+
+/// Never null. A URL that belongs to another system ("x-apple.systempreferences" on Linux) is declined and starts
+/// nothing, not even a search for an application. Main thread only; needs a QApplication.
 std::unique_ptr<UrlOpener> makePlatformUrlOpener();
 
-/// `fileSystem` names volumes; both must outlive the desktop. As above.
+/// Never null. `fileSystem` names volumes, `urlOpener` may open folders; both must outlive the desktop. Main thread
+/// only; needs a QApplication.
 std::unique_ptr<Desktop> makePlatformDesktop(FileSystem& fileSystem, UrlOpener& urlOpener);
+
+/// Whether this machine has a graphics processor, by the devices in the folder `devices` that drivers offer to
+/// programs. Without one OpenGL is emulated: a window takes twice as long to appear and three times the processor time
+/// for every frame that Qt's own painting takes, which a sweep then lacks. Any thread.
+bool hasGraphicsProcessor(const std::string& devices = "/dev");
 
 }  // namespace dunmere

@@ -1,13 +1,22 @@
 #include "platform/linux/entry_status.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <sys/vfs.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <chrono>
+#include <climits>
 #include <cstdint>
+#include <ctime>
+#include <utility>
 
-#include "platform/posix/byte_count.h"
+#include "platform/posix/system_values.h"
 
 namespace dunmere {
 
@@ -15,8 +24,6 @@ namespace {
 
 /// The kernel's, from statx(2). Debian 12's headers are older.
 constexpr unsigned kUniqueMountNumber = 0x4000;
-
-constexpr unsigned kSizes = STATX_BLOCKS | STATX_SIZE;
 
 bool readStatus(int folder, const char* name, unsigned mask, struct statx& status) {
   // What a network file system already knows is good enough: no round trip to its server for every file.
@@ -31,40 +38,90 @@ EntryKind kindOfMode(unsigned mode) {
   return EntryKind::other;
 }
 
-EntryAttributes fileAttributes(const struct statx& status) {
-  constexpr std::uint64_t kBlockBytes = 512;  // the unit of stx_blocks, whatever the file system's own block size
-  EntryAttributes attributes{.kind = EntryKind::regularFile};
-  if (status.stx_mask & STATX_BLOCKS) attributes.allocatedBytes = bytesOf(status.stx_blocks, kBlockBytes);
-  if (status.stx_mask & STATX_SIZE) attributes.logicalBytes = bytesOf(status.stx_size, 1);
-  return attributes;
+std::chrono::nanoseconds durationOf(std::int64_t seconds, std::int64_t nanoseconds) {
+  return std::chrono::seconds(seconds) + std::chrono::nanoseconds(nanoseconds);
+}
+
+std::chrono::nanoseconds systemClock() {
+  timespec time{};
+  ::clock_gettime(CLOCK_REALTIME_COARSE, &time);  // by which file systems note times; cannot fail
+  return durationOf(time.tv_sec, time.tv_nsec);
+}
+
+/// Whether the folder lies on a file system of this machine's own, which nobody changes from elsewhere. Unknown types
+/// count as remote: a wrong guess then costs time, not a wrong listing.
+bool isLocal(int folder) {
+  constexpr auto kLocal =
+      std::to_array<std::uint32_t>({BTRFS_SUPER_MAGIC, EXT4_SUPER_MAGIC, F2FS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC,
+                                    RAMFS_MAGIC, TMPFS_MAGIC, XFS_SUPER_MAGIC});
+  struct statfs status{};
+  return ::fstatfs(folder, &status) == 0 &&
+         std::ranges::find(kLocal, static_cast<std::uint32_t>(status.f_type)) != kLocal.end();
+}
+
+/// The path of an open file; none for a file without one (a pipe, a deleted file, a path that is too long).
+std::optional<std::string> pathOf(const UniqueDescriptor& file) {
+  auto path = kernelPath(file);
+  if (!path || !path->starts_with('/')) return std::nullopt;
+  // The kernel marks the former path of a deleted file; a file may also be called so.
+  struct stat status{};
+  const bool isDeleted = path->ends_with(" (deleted)") && ::fstat(file.get(), &status) == 0 && status.st_nlink == 0;
+  return isDeleted ? std::nullopt : std::optional(std::move(*path));
 }
 
 }  // namespace
 
 std::optional<EntryAttributes> entryStatus(int folder, const char* name) {
+  constexpr std::uint64_t kBlockBytes = 512;  // the unit of stx_blocks, whatever the file system's own block size
   struct statx status{};
-  if (!readStatus(folder, name, STATX_TYPE | kSizes, status)) return std::nullopt;
-  const EntryKind kind = kindOfMode(status.stx_mode);
-  if (kind == EntryKind::regularFile) return fileAttributes(status);
-  return EntryAttributes{.kind = kind};
-}
-
-std::optional<EntryAttributes> regularFileStatus(int folder, const char* name) {
-  struct statx status{};
-  if (!readStatus(folder, name, STATX_TYPE | kSizes, status) || !S_ISREG(status.stx_mode)) return std::nullopt;
-  return fileAttributes(status);
+  if (!readStatus(folder, name, STATX_TYPE | STATX_BLOCKS | STATX_SIZE, status)) return std::nullopt;
+  EntryAttributes attributes{.kind = kindOfMode(status.stx_mode)};
+  if (attributes.kind != EntryKind::regularFile) return attributes;
+  if (status.stx_mask & STATX_BLOCKS) attributes.allocatedBytes = bytesOf(status.stx_blocks, kBlockBytes);
+  if (status.stx_mask & STATX_SIZE) attributes.logicalBytes = bytesOf(status.stx_size, 1);
+  return attributes;
 }
 
 std::optional<FolderStamp> folderStamp(int folder) {
-  struct statx status{};
+  // Each of the local file systems notes when a folder was changed, in steps of up to one second (old ext4).
+  constexpr std::chrono::seconds kLongestStep{1};
   constexpr unsigned kMask = STATX_INO | STATX_CTIME;
+  if (!isLocal(folder)) return std::nullopt;
+  // Asked first: a change after the folder's status was read is noted with this time at least.
+  const std::chrono::nanoseconds now = systemClock();
+  struct statx status{};
   const bool isRead = readStatus(folder, "", kMask | STATX_MNT_ID | kUniqueMountNumber, status);
   if (!isRead || (status.stx_mask & kMask) != kMask) return std::nullopt;
-  return FolderStamp{
-      .mount = status.stx_mnt_id,
-      .device = ::gnu_dev_makedev(status.stx_dev_major, status.stx_dev_minor),
-      .folder = status.stx_ino,
-      .changed = std::chrono::seconds(status.stx_ctime.tv_sec) + std::chrono::nanoseconds(status.stx_ctime.tv_nsec)};
+  const std::chrono::nanoseconds changed = durationOf(status.stx_ctime.tv_sec, status.stx_ctime.tv_nsec);
+  if (changed + kLongestStep >= now) return std::nullopt;
+  return FolderStamp{.mount = status.stx_mnt_id,
+                     .device = ::gnu_dev_makedev(status.stx_dev_major, status.stx_dev_minor),
+                     .folder = status.stx_ino,
+                     .changed = changed};
+}
+
+std::expected<UniqueDescriptor, int> findTarget(int folder, const std::string& name) {
+  // O_PATH finds the target without opening it, so a device or a FIFO at the end does no harm.
+  UniqueDescriptor target(::openat(folder, name.c_str(), O_PATH | O_CLOEXEC));
+  if (!target) return std::unexpected(errno);
+  return target;
+}
+
+std::expected<std::string, int> kernelPath(const UniqueDescriptor& file) {
+  const std::string link = "/proc/self/fd/" + std::to_string(file.get());
+  std::string path(PATH_MAX, '\0');
+  const ssize_t length = ::readlink(link.c_str(), path.data(), path.size());
+  if (length < 0) return std::unexpected(errno);
+  // A path that fills the buffer may have been cut off.
+  if (static_cast<std::size_t>(length) == path.size()) return std::unexpected(ENAMETOOLONG);
+  path.resize(static_cast<std::size_t>(length));
+  return path;
+}
+
+LinkTarget describeTarget(const UniqueDescriptor& target, FileUrl ownUrl) {
+  auto path = pathOf(target);
+  return {.url = path ? FileUrl(std::move(*path)).standardized() : std::move(ownUrl),
+          .attributes = entryStatus(target.get(), "")};
 }
 
 }  // namespace dunmere

@@ -1,10 +1,12 @@
-// entryStatus: one entry's attributes by its folder's descriptor and its name.
+// What Linux tells of one entry of an open folder, asked by the folder's descriptor and the entry's name.
 #pragma once
 
-#include <cstdint>
+#include <expected>
 #include <optional>
+#include <string>
 
 #include "engine/file_system.h"
+#include "platform/posix/unique_descriptor.h"
 
 namespace dunmere {
 
@@ -12,10 +14,20 @@ namespace dunmere {
 /// are read of regular files only. Nothing is opened or mounted; none when the attributes cannot be read. Any thread.
 std::optional<EntryAttributes> entryStatus(int folder, const char* name);
 
-/// The same, for an entry that was a regular file; none when it is one no more.
-std::optional<EntryAttributes> regularFileStatus(int folder, const char* name);
-
-/// Identity and time of change of the open folder, whatever the system promises of it.
+/// The stamp of an open folder, as OpenFolder::stamp() promises it: only for a file system of this machine's own that
+/// notes every change. Any thread.
 std::optional<FolderStamp> folderStamp(int folder);
+
+/// Finds what `name` in the open folder `folder` leads to in the end, without opening it for reading. May wait for the
+/// disks and servers on the way. Fails with an errno value. Any thread.
+std::expected<UniqueDescriptor, int> findTarget(int folder, const std::string& name);
+
+/// Describes a target that was found; `ownUrl` is the path of the link, for a target without a path. Waits for nothing.
+/// Any thread.
+LinkTarget describeTarget(const UniqueDescriptor& target, FileUrl ownUrl);
+
+/// What the kernel calls an open file: its path, with a mark when it is deleted, or a word for a file without a path.
+/// Fails with an errno value, ENAMETOOLONG from PATH_MAX on. Any thread.
+std::expected<std::string, int> kernelPath(const UniqueDescriptor& file);
 
 }  // namespace dunmere

@@ -1,29 +1,27 @@
 #include "platform/linux/linux_file_system.h"
 
+#include <sys/resource.h>
+#include <sys/statvfs.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <chrono>
 #include <ctime>
-#include <utility>
 
 #include "platform/linux/linux_open_folder.h"
 #include "platform/linux/mount_choice.h"
 #include "platform/linux/mount_table.h"
-#include "platform/linux/utility_priority.h"
+#include "platform/linux/volume_label.h"
 #include "platform/platform_file_system.h"
-#include "platform/posix/home_folder.h"
-#include "platform/posix/volume_reading.h"
+#include "platform/posix/paths.h"
+#include "platform/posix/system_values.h"
 
 namespace dunmere {
 
 namespace {
 
-SweepError failure(const FileUrl& url, int error) {
-  return {.attempt = SweepAttempt::openFolder,
-          .path = url,
-          .code = std::error_code(error, std::generic_category()),
-          .volumeName = {}};
-}
-
-/// What stands for the root folder where the table does not list its mount, as in a changed root.
+/// Stands for the root folder where the table does not list its mount, as in a changed root.
 MountEntry unlistedRoot() {
   MountEntry root;
   root.mountPoint = "/";
@@ -45,15 +43,37 @@ VolumeMount volumeAt(const MountEntry& mount) {
   return {.url = FileUrl(mount.mountPoint), .name = plainName(mount.mountPoint), .source = mount.source};
 }
 
-/// Of the file system at `path`, which `volume` tells where it is mounted.
+/// Asks the file system at `path`, which lies on `volume`.
 std::expected<VolumeValues, SweepError> measure(const std::string& path, const VolumeMount& volume, bool isOffered) {
-  auto reading = readVolume(path, volume.source);
-  if (!reading) return std::unexpected(failure(FileUrl(path), reading.error()));
-  return VolumeValues{.name = std::move(reading->label).value_or(volume.name),
-                      .totalBytes = reading->totalBytes,
-                      .availableBytes = reading->availableBytes,
+  struct statvfs space{};
+  if (::statvfs(path.c_str(), &space) != 0) return openFailure(FileUrl(path), errno);
+  return VolumeValues{.name = labelOfDevice(volume.source).value_or(volume.name),
+                      .totalBytes = bytesOf(space.f_blocks, space.f_frsize),
+                      .availableBytes = bytesOf(space.f_bavail, space.f_frsize),
                       .availableForImportantUsageBytes = std::nullopt,
                       .isBrowsable = isOffered};
+}
+
+constexpr int kCallingThread = 0;  // Linux has both priorities for each thread
+
+void lowerProcessorPriority() {
+  constexpr int kNice = 10;
+  errno = 0;
+  const int current = ::getpriority(PRIO_PROCESS, kCallingThread);
+  if (errno == 0 && current < kNice) ::setpriority(PRIO_PROCESS, kCallingThread, kNice);
+}
+
+/// To the lowest of the best-effort class, in which the thread still moves on a busy disk.
+void lowerDiskPriority() {
+  // The kernel's numbers, from ioprio_set(2): some versions of <linux/ioprio.h> do not compile as C++.
+  constexpr int kWhoProcess = 1;
+  constexpr long kClassBestEffort = 2;
+  constexpr long kClassIdle = 3;
+  constexpr int kClassShift = 13;
+  constexpr long kLowest = 7;
+  const long current = ::syscall(SYS_ioprio_get, kWhoProcess, kCallingThread);
+  if (current >= 0 && current >> kClassShift == kClassIdle) return;
+  ::syscall(SYS_ioprio_set, kWhoProcess, kCallingThread, kClassBestEffort << kClassShift | kLowest);
 }
 
 }  // namespace
@@ -87,7 +107,7 @@ std::expected<VolumeValues, SweepError> LinuxFileSystem::volumeValues(const Volu
 
 std::expected<VolumeValues, SweepError> LinuxFileSystem::volumeValues(const FileUrl& url) {
   const auto mounts = readMountTable();
-  if (!mounts) return std::unexpected(failure(url, mounts.error()));
+  if (!mounts) return openFailure(url, mounts.error());
   const std::string path = url.key();
   const MountEntry mount = mountOf(*mounts, path);
   const bool isOffered = isOfferedMount(mount);
@@ -114,7 +134,8 @@ std::string LinuxFileSystem::nameSortKey(std::string_view name) {
 }
 
 void LinuxFileSystem::enterUtilityPriority() noexcept {
-  lowerThreadPriority();
+  lowerProcessorPriority();
+  lowerDiskPriority();
 }
 
 }  // namespace dunmere

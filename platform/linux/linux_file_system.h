@@ -29,6 +29,7 @@ class LinuxFileSystem final : public FileSystem {
   FileUrl homeFolder() override;
   Instant now() override;
   std::string nameSortKey(std::string_view name) override;
+  /// To nice 10 and the lowest disk priority but idle; never raises either.
   void enterUtilityPriority() noexcept override;
 
  private:

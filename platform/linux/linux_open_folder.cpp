@@ -2,22 +2,15 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <linux/magic.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <chrono>
 #include <cstddef>
-#include <cstring>
-#include <ctime>
 #include <utility>
 #include <vector>
 
 #include "platform/linux/entry_status.h"
-#include "platform/linux/link_resolution.h"
 
 namespace dunmere {
 
@@ -41,23 +34,6 @@ std::optional<EntryAttributes> recordAttributes(int folder, const char* name, un
 
 bool needsMeasuring(const EntryBatch::Entry& entry) {
   return entry.attributes.kind == EntryKind::regularFile && !entry.attributes.hasSize();
-}
-
-std::chrono::nanoseconds systemClock() {
-  timespec time{};
-  ::clock_gettime(CLOCK_REALTIME_COARSE, &time);  // by which file systems note times; cannot fail
-  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
-}
-
-/// Whether the folder lies on a file system of this machine's own, which nobody changes from elsewhere. Unknown types
-/// count as remote: a wrong guess then costs time, not a wrong listing.
-bool isLocal(int folder) {
-  constexpr auto kLocal =
-      std::to_array<std::uint32_t>({BTRFS_SUPER_MAGIC, EXT4_SUPER_MAGIC, F2FS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC,
-                                    RAMFS_MAGIC, TMPFS_MAGIC, XFS_SUPER_MAGIC});
-  struct statfs status{};
-  return ::fstatfs(folder, &status) == 0 &&
-         std::ranges::find(kLocal, static_cast<std::uint32_t>(status.f_type)) != kLocal.end();
 }
 
 bool isDots(std::string_view name) {
@@ -91,7 +67,7 @@ std::expected<void, SweepError> LinuxOpenFolder::readEntries(EntryBatch& batch) 
   batch.clear();
   if (ended_) return {};
   auto pin = readingDescriptor();
-  if (!pin) return std::unexpected(failure(url(), pin.error()));
+  if (!pin) return failure(pin.error());
 
   constexpr std::size_t kBufferBytes = 64 * 1024;
   alignas(dirent64) char buffer[kBufferBytes];
@@ -106,7 +82,7 @@ std::expected<void, SweepError> LinuxOpenFolder::readEntries(EntryBatch& batch) 
     if (length < 0) {
       const int error = errno;
       ended_ = true;
-      return std::unexpected(failure(url(), error));
+      return failure(error);
     }
     addEntries(pin->descriptor(), std::string_view(buffer, static_cast<std::size_t>(length)), batch);
   }
@@ -130,26 +106,21 @@ void LinuxOpenFolder::addEntries(int folder, std::string_view records, EntryBatc
 }
 
 std::optional<FolderStamp> LinuxOpenFolder::stamp() {
-  // Each of these file systems notes when a folder was changed, in steps of up to one second (old ext4).
-  constexpr std::chrono::seconds kLongestStep{1};
   const auto pin = descriptor();
-  if (!pin || !isLocal(pin->descriptor())) return std::nullopt;
-  // Asked first: whatever changes the folder after it was looked at is noted with this time at least.
-  const std::chrono::nanoseconds now = systemClock();
-  const auto stamp = folderStamp(pin->descriptor());
-  return stamp && stamp->changed + kLongestStep < now ? stamp : std::nullopt;
+  return pin ? folderStamp(pin->descriptor()) : std::nullopt;
 }
 
 std::expected<void, SweepError> LinuxOpenFolder::measure(EntryBatch& batch) {
   const std::vector<EntryBatch::Entry>& entries = batch.entries();
   if (std::ranges::none_of(entries, needsMeasuring)) return {};
   const auto pin = descriptor();
-  if (!pin) return std::unexpected(failure(url(), pin.error()));
+  if (!pin) return failure(pin.error());
   for (std::size_t position = 0; position < entries.size(); ++position) {
     const EntryBatch::Entry& entry = entries[position];
     if (!needsMeasuring(entry)) continue;
-    const auto attributes = regularFileStatus(pin->descriptor(), batch.nameText(entry));
-    batch.setAttributes(position, attributes.value_or(EntryAttributes{.kind = EntryKind::other}));
+    const auto attributes = entryStatus(pin->descriptor(), batch.nameText(entry));
+    const bool isFile = attributes && attributes->kind == EntryKind::regularFile;
+    batch.setAttributes(position, isFile ? *attributes : EntryAttributes{.kind = EntryKind::other});
   }
   return {};
 }

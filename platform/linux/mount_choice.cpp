@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/posix/path_below.h"
+#include "platform/posix/paths.h"
 
 namespace dunmere {
 

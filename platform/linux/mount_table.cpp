@@ -7,7 +7,7 @@
 #include <iterator>
 #include <memory>
 
-#include "platform/posix/path_below.h"
+#include "platform/posix/paths.h"
 
 namespace dunmere {
 
@@ -82,19 +82,6 @@ std::vector<MountEntry> withoutHiddenMounts(const std::vector<MountEntry>& mount
   std::ranges::copy_if(mounts, std::back_inserter(reachable),
                        [&mounts](const MountEntry& mount) { return isReachable(mounts, mount); });
   return reachable;
-}
-
-const MountEntry* mountHolding(const std::vector<MountEntry>& mounts, const std::string& path) {
-  const MountEntry* nearest = nullptr;
-  for (const MountEntry& mount : mounts) {
-    if (!isAtOrBelow(path, mount.mountPoint)) continue;
-    if (nearest == nullptr || mount.mountPoint.size() >= nearest->mountPoint.size()) nearest = &mount;
-  }
-  return nearest;
-}
-
-bool isMountAtOrBelow(const std::vector<MountEntry>& mounts, const std::string& path) {
-  return std::ranges::any_of(mounts, [&path](const MountEntry& mount) { return isAtOrBelow(mount.mountPoint, path); });
 }
 
 std::expected<std::vector<MountEntry>, int> readMountTable(const std::string& file) {

@@ -29,11 +29,4 @@ std::expected<std::vector<MountEntry>, int> readMountTable(const std::string& fi
 /// The entries that a path can lead to: not those below or under a later mount. Keeps the order.
 std::vector<MountEntry> withoutHiddenMounts(const std::vector<MountEntry>& mounts);
 
-/// The mount that holds `path`, an absolute path without "." and "..": the one mounted nearest above it. Lexical; null
-/// when there is none. Points into `mounts`.
-const MountEntry* mountHolding(const std::vector<MountEntry>& mounts, const std::string& path);
-
-/// Whether something is mounted exactly at `path`, a path as above, or anywhere below it. Lexical.
-bool isMountAtOrBelow(const std::vector<MountEntry>& mounts, const std::string& path);
-
 }  // namespace dunmere

@@ -1,27 +1,53 @@
 #include "platform/macos/macos_file_system.h"
 
+#include <pthread/qos.h>
+#include <sys/resource.h>
+
 #include <cerrno>
 #include <chrono>
 #include <ctime>
-#include <utility>
 
+#include "platform/macos/attribute_request.h"
 #include "platform/macos/macos_open_folder.h"
 #include "platform/macos/mounted_volumes.h"
-#include "platform/macos/process_policies.h"
-#include "platform/macos/user_locale.h"
+#include "platform/macos/objective_c.h"
 #include "platform/platform_file_system.h"
-#include "platform/posix/home_folder.h"
-#include "platform/posix/volume_reading.h"
+#include "platform/posix/paths.h"
+#include "platform/posix/system_values.h"
 
 namespace dunmere {
 
 namespace {
 
-SweepError failure(const FileUrl& url, int error) {
-  return {.attempt = SweepAttempt::openFolder,
-          .path = url,
-          .code = std::error_code(error, std::generic_category()),
-          .volumeName = {}};
+using objective_c::classNamed;
+using objective_c::send;
+
+/// The locale by whose rules the user wants texts sorted, as the system's settings name it ("sv-SE"); "C" when they
+/// name none. Programs that are started from the desktop have no locale in their environment.
+std::string collationLocale() {
+  const objective_c::AutoreleasePool pool;
+  const id locale = send(classNamed("NSLocale"), "currentLocale");
+  const std::string name = objective_c::textOf(send(locale, "collatorIdentifier"));
+  return name.empty() ? "C" : name;
+}
+
+/// From now on no thread of this process makes the system fetch a file or a folder's entries from the cloud: what would
+/// need it fails with EDEADLK. Sizes and moves need none of it. Best effort.
+void keepCloudFilesAway() {
+  ::setiopolicy_np(IOPOL_TYPE_VFS_MATERIALIZE_DATALESS_FILES, IOPOL_SCOPE_PROCESS,
+                   IOPOL_MATERIALIZE_DATALESS_FILES_OFF);
+}
+
+/// What is free and what the system would clear for something that the user asks for: a service of the system knows,
+/// and no call of the kernel.
+std::optional<std::int64_t> spaceForImportantUsage(const std::string& path) {
+  const objective_c::AutoreleasePool pool;
+  const id key = objective_c::stringOf("NSURLVolumeAvailableCapacityForImportantUsageKey");  // a constant's own name
+  const id keys = send(classNamed("NSArray"), "arrayWithObject:", key);
+  const id values = send(objective_c::fileUrlOf(path), "resourceValuesForKeys:error:", keys, static_cast<id*>(nullptr));
+  const id number = send(values, "objectForKey:", key);
+  if (number == nullptr) return std::nullopt;
+  return send<long long>(number, "longLongValue");
 }
 
 }  // namespace
@@ -52,20 +78,20 @@ std::optional<std::vector<VolumeMount>> MacosFileSystem::mountedVolumes() {
 
 std::expected<VolumeValues, SweepError> MacosFileSystem::volumeValues(const FileUrl& url) {
   const auto mounted = dunmere::mountedVolumes();
-  if (!mounted) return std::unexpected(failure(url, mounted.error()));
+  if (!mounted) return openFailure(url, mounted.error());
   const std::string path = url.key();
-  const MountedVolume* const volume = volumeHolding(*mounted, path);
-  if (volume == nullptr) return std::unexpected(failure(url, ENOENT));
+  const MountedVolume* const listed = mountHolding(*mounted, path);
+  if (listed == nullptr) return openFailure(url, ENOENT);
   VolumeValues values;
-  values.isBrowsable = volume->isBrowsable();
-  if (!volume->isBrowsable() && volume->mountPoint == path) return values;
+  values.isBrowsable = listed->isBrowsable();
+  if (!listed->isBrowsable() && listed->mountPoint == path) return values;
 
-  auto reading = readVolume(path, volume->device);
-  if (!reading) return std::unexpected(failure(url, reading.error()));
-  values.name = std::move(reading->label);
-  values.totalBytes = reading->totalBytes;
-  values.availableBytes = reading->availableBytes;
-  values.availableForImportantUsageBytes = reading->availableForImportantUsageBytes;
+  const auto volume = volumeOf(path);
+  if (!volume) return openFailure(url, volume.error());
+  values.name = volumeNameAt(volume->mountPoint);
+  values.totalBytes = volume->totalBytes();
+  values.availableBytes = volume->availableBytes();
+  values.availableForImportantUsageBytes = spaceForImportantUsage(path);
   return values;
 }
 
@@ -83,7 +109,9 @@ std::string MacosFileSystem::nameSortKey(std::string_view name) {
 }
 
 void MacosFileSystem::enterUtilityPriority() noexcept {
-  lowerThreadPriority();
+  const qos_class_t current = ::qos_class_self();
+  const bool isLower = current != QOS_CLASS_UNSPECIFIED && current <= QOS_CLASS_UTILITY;
+  if (!isLower) ::pthread_set_qos_class_self_np(QOS_CLASS_UTILITY, 0);
 }
 
 }  // namespace dunmere

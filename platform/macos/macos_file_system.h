@@ -25,6 +25,7 @@ class MacosFileSystem final : public FileSystem {
   FileUrl homeFolder() override;
   Instant now() override;
   std::string nameSortKey(std::string_view name) override;
+  /// To the quality of service "utility", which the disk's priority follows; never raises it.
   void enterUtilityPriority() noexcept override;
 
  private:

@@ -12,7 +12,7 @@ namespace dunmere {
 
 namespace {
 
-/// What the system answers in place of fetching a file or folder from the cloud, see keepCloudFilesAway().
+/// What the system answers instead of fetching a file or folder from the cloud, see MacosFileSystem.
 constexpr int kContentIsElsewhere = EDEADLK;
 
 }  // namespace
@@ -37,7 +37,7 @@ std::expected<void, SweepError> MacosOpenFolder::end(int error) {
   ended_ = true;
   // A folder removed while it is open has vanished, and all it held with it.
   if (error == 0 || error == ENOENT || error == kContentIsElsewhere) return {};
-  return std::unexpected(failure(url(), error));
+  return failure(error);
 }
 
 std::expected<FolderDescriptors::Pin, int> MacosOpenFolder::readingDescriptor() {
@@ -53,7 +53,7 @@ std::expected<void, SweepError> MacosOpenFolder::readEntries(EntryBatch& batch) 
   batch.clear();
   if (ended_) return {};
   const auto pin = readingDescriptor();
-  if (!pin) return acceptUnlessElsewhere(std::unexpected(failure(url(), pin.error())));
+  if (!pin) return acceptUnlessElsewhere(failure(pin.error()));
 
   constexpr std::size_t kBufferBytes = 64 * 1024;  // a thread's stack may be as small as 512 KiB
   alignas(8) std::array<std::byte, kBufferBytes> buffer;

@@ -29,7 +29,7 @@ std::expected<std::vector<MountedVolume>, int> mountedVolumes() {
   int count = ::getfsstat(nullptr, 0, MNT_NOWAIT);
   do {
     if (count < 0) return std::unexpected(errno);
-    // Volumes may be mounted between the count and the list: one that fills its room may not be all.
+    // Volumes may be mounted between the count and the list: a list that fills its buffer may not be whole.
     list.resize(static_cast<std::size_t>(count) + 8);
     count = ::getfsstat(list.data(), static_cast<int>(list.size() * sizeof list.front()), MNT_NOWAIT);
   } while (count < 0 || static_cast<std::size_t>(count) == list.size());

@@ -5,7 +5,6 @@
 #include <objc/runtime.h>
 
 #include <string>
-#include <string_view>
 
 // The two calls that an @autoreleasepool block becomes. Their names are part of the runtime's stable binary interface,
 // though no header declares them.
@@ -40,12 +39,21 @@ inline id classNamed(const char* name) {
 }
 
 /// An NSString. `text` is UTF-8; nil when it is not.
-id stringOf(const std::string& text);
+inline id stringOf(const std::string& text) {
+  return send(classNamed("NSString"), "stringWithUTF8String:", text.c_str());
+}
 
 /// The UTF-8 text of an NSString; empty for nil.
-std::string textOf(id string);
+inline std::string textOf(id string) {
+  const auto* const utf8 = send<const char*>(string, "UTF8String");
+  return utf8 == nullptr ? "" : utf8;
+}
 
 /// A file URL of exactly these bytes; nil when the system takes them for no path. `path` is absolute.
-id fileUrlOf(const std::string& path);
+inline id fileUrlOf(const std::string& path) {
+  // Never a folder's URL: its trailing slash would lead through a link.
+  return send(classNamed("NSURL"), "fileURLWithFileSystemRepresentation:isDirectory:relativeToURL:", path.c_str(),
+              static_cast<BOOL>(false), static_cast<id>(nullptr));
+}
 
 }  // namespace dunmere::objective_c

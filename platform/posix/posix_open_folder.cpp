@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/posix/open_path.h"
+#include "platform/posix/system_values.h"
 
 namespace dunmere {
 
@@ -43,14 +44,14 @@ void PosixOpenFolder::releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noe
 
 std::expected<void, SweepError> PosixOpenFolder::openByPath() {
   auto opened = descriptors_.openWithRetry([this] { return openPath(name_, kFolderFlags); });
-  if (!opened) return std::unexpected(failure(url(), opened.error()));
+  if (!opened) return failure(opened.error());
   descriptors_.keep(slot_, std::move(*opened));
   return {};
 }
 
 std::expected<void, SweepError> PosixOpenFolder::openBelowParent() {
   const auto pin = descriptor();
-  if (!pin) return std::unexpected(failure(url(), pin.error()));
+  if (!pin) return failure(pin.error());
   return {};
 }
 
@@ -90,11 +91,8 @@ FileUrl PosixOpenFolder::url() const {
   return FileUrl(std::move(path));
 }
 
-SweepError PosixOpenFolder::failure(FileUrl path, int error) const {
-  return {.attempt = SweepAttempt::openFolder,
-          .path = std::move(path),
-          .code = std::error_code(error, std::generic_category()),
-          .volumeName = {}};
+std::unexpected<SweepError> PosixOpenFolder::failure(int error) const {
+  return openFailure(url(), error);
 }
 
 }  // namespace dunmere

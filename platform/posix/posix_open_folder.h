@@ -34,7 +34,8 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
 
   FolderDescriptors& descriptors() const { return descriptors_; }
   FileUrl url() const;
-  SweepError failure(FileUrl path, int error) const;
+  /// The failure of a call about this folder, from its errno value.
+  std::unexpected<SweepError> failure(int error) const;
 
  private:
   std::expected<UniqueDescriptor, int> openEntry(int folder, const std::string& name) const;

@@ -10,7 +10,7 @@
 
 #include "platform/linux/mount_choice.h"
 #include "platform/linux/mount_table.h"
-#include "platform/posix/path_below.h"
+#include "platform/posix/paths.h"
 #include "platform/posix/unique_descriptor.h"
 #include "tests/fuzz/require.h"
 

@@ -15,7 +15,7 @@
 
 #include "engine/disk_sweeper_scan.h"
 #include "platform/platform_file_system.h"
-#include "platform/trash/trash.h"
+#include "platform/trash.h"
 #include "sweeper/background_threads.h"
 #include "sweeper/disk_sweeper_pane.h"
 #include "tests/platform/folder_contents.h"

@@ -1,7 +1,7 @@
-#include "platform/desktop/graphics_processor.h"
-
+// Whether there is a graphics processor, by the devices of a made-up machine.
 #include <gtest/gtest.h>
 
+#include "platform/desktop/platform_desktop.h"
 #include "tests/support/temporary_tree.h"
 
 namespace dunmere::test {

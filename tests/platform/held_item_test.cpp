@@ -1,4 +1,4 @@
-#include "platform/trash/held_item.h"
+#include "platform/linux/held_item.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -15,8 +15,8 @@
 #include <thread>
 
 #include "engine/disk_sweeper_scan.h"
-#include "platform/macos/macos_trash.h"
 #include "platform/platform_file_system.h"
+#include "platform/trash.h"
 #include "tests/platform/folder_contents.h"
 
 namespace dunmere::test {
@@ -141,7 +141,7 @@ TEST_F(MacosFileSystemTest, NamesAreOrderedForPeople) {
 TEST_F(MacosFileSystemTest, ItemGoesToTheTrashAndALinkGoesItself) {
   write("target", 1);
   fs::create_symlink("target", folder / "link");
-  MacosTrash trash(*files);
+  Trash trash(*files);
   EXPECT_TRUE(trash.hold(url("link"))->moveToTrash());
   EXPECT_FALSE(fs::is_symlink(folder / "link"));
   EXPECT_TRUE(fs::exists(folder / "target"));
@@ -151,7 +151,7 @@ TEST_F(MacosFileSystemTest, ItemGoesToTheTrashAndALinkGoesItself) {
 
 TEST_F(MacosFileSystemTest, OnlyTheHeldItemGoesToTheTrash) {
   write("item", 1);
-  MacosTrash trash(*files);
+  Trash trash(*files);
   const auto held = trash.hold(url("item"));
   fs::rename(folder / "item", folder / "elsewhere");
   EXPECT_EQ(errorOf(held->moveToTrash()), ENOENT);
@@ -161,7 +161,7 @@ TEST_F(MacosFileSystemTest, OnlyTheHeldItemGoesToTheTrash) {
 }
 
 TEST_F(MacosFileSystemTest, RootAndMountPointsDoNotGoToTheTrash) {
-  MacosTrash trash(*files);
+  Trash trash(*files);
   EXPECT_EQ(errorOf(trash.hold(FileUrl("/"))->moveToTrash()), EBUSY);
   EXPECT_EQ(errorOf(trash.hold(FileUrl("/System/Volumes/Data"))->moveToTrash()), EBUSY);
   EXPECT_EQ(errorOf(trash.hold(url("missing"))->moveToTrash()), ENOENT);

@@ -3,10 +3,11 @@
 
 #include <cerrno>
 #include <limits>
+#include <string>
 #include <vector>
 
 #include "platform/macos/cocoa_error.h"
-#include "platform/macos/mounted_volume.h"
+#include "platform/macos/mounted_volumes.h"
 
 namespace dunmere::test {
 namespace {
@@ -40,32 +41,6 @@ TEST(MacosVolumes, AnySpaceThatIsClaimedIsAByteCount) {
   volume.blockBytes = 1'048'576;
   EXPECT_EQ(volume.totalBytes(), std::numeric_limits<std::int64_t>::max());
   EXPECT_EQ(volume.availableBytes(), std::numeric_limits<std::int64_t>::max());
-}
-
-TEST(MacosVolumes, NearestVolumeAboveHoldsAPath) {
-  const std::vector<MountedVolume> volumes = {volumeAt("/"), volumeAt("/System/Volumes/Data"), volumeAt("/Volumes/A"),
-                                              volumeAt("/Volumes/A/inner")};
-  const auto holding = [&](const std::string& path) { return volumeHolding(volumes, path)->mountPoint; };
-  EXPECT_EQ(holding("/"), "/");
-  EXPECT_EQ(holding("/Users/a"), "/");
-  EXPECT_EQ(holding("/Volumes/A"), "/Volumes/A");
-  EXPECT_EQ(holding("/Volumes/A/b"), "/Volumes/A");
-  EXPECT_EQ(holding("/Volumes/AB"), "/");
-  EXPECT_EQ(holding("/Volumes/A/inner/c"), "/Volumes/A/inner");
-  EXPECT_EQ(volumeHolding({}, "/"), nullptr);
-}
-
-TEST(MacosVolumes, LaterVolumeAtOnePlaceLiesOnTop) {
-  const std::vector<MountedVolume> volumes = {volumeAt("/Volumes/A", 1), volumeAt("/Volumes/A", 2)};
-  EXPECT_EQ(volumeHolding(volumes, "/Volumes/A/b")->flags, 2u);
-}
-
-TEST(MacosVolumes, VolumesAtOrBelowAPathAreFound) {
-  const std::vector<MountedVolume> volumes = {volumeAt("/"), volumeAt("/Users/a/disk")};
-  EXPECT_TRUE(isVolumeAtOrBelow(volumes, "/Users/a/disk"));
-  EXPECT_TRUE(isVolumeAtOrBelow(volumes, "/Users"));
-  EXPECT_FALSE(isVolumeAtOrBelow(volumes, "/Users/a/disk/folder"));
-  EXPECT_FALSE(isVolumeAtOrBelow(volumes, "/Users/a/dis"));
 }
 
 int errnoOfOne(const char* domain, std::int64_t code) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/linux/mount_choice.h"
+#include "platform/posix/paths.h"
 
 namespace dunmere::test {
 namespace {
@@ -72,18 +73,6 @@ TEST(MountTable, OfMountsOnOneFolderTheTopmostCounts) {
                                    "/dev/sda11", "/dev/sda12", "/dev/sda13"));
 }
 
-TEST(MountTable, AMountAtAPathOrDeepBelowItCounts) {
-  EXPECT_TRUE(isMountAtOrBelow({disk("/"), disk("/mnt/usb")}, "/mnt/usb"));
-  EXPECT_TRUE(isMountAtOrBelow({disk("/"), disk("/mnt/usb/a/b")}, "/mnt"));
-  EXPECT_TRUE(isMountAtOrBelow({disk("/")}, "/"));
-}
-
-TEST(MountTable, AMountAboveOrBesideAPathDoesNotCount) {
-  EXPECT_FALSE(isMountAtOrBelow({disk("/"), disk("/mnt")}, "/mnt/usb"));
-  EXPECT_FALSE(isMountAtOrBelow({disk("/"), disk("/mnt/usb2")}, "/mnt/usb"));
-  EXPECT_FALSE(isMountAtOrBelow({disk("/"), disk("/mnt/us")}, "/mnt/usb"));
-}
-
 TEST(MountTable, MountPointsAreRawBytesAndDeletedOnesAreNotOffered) {
   EXPECT_THAT(offered("hidden"), ElementsAre("/", "/mnt/a", "/srv/x", "/srv/x/new", "/home", "/home/ann", "/home/annex",
                                              "/mnt/odd\nname\t\xff"));
@@ -124,17 +113,6 @@ TEST(MountTable, OwnTableHoldsTheRoot) {
   if (root != nullptr) {
     EXPECT_EQ(root->mountPoint, "/");
   }
-}
-
-TEST(MountTable, HolderIsTheNearestMountAbove) {
-  const auto mounts = recorded("hidden");
-  const auto holder = [&mounts](const std::string& path) { return mountHolding(mounts, path)->source; };
-  EXPECT_EQ(holder("/home/ann"), "/dev/sda10");
-  EXPECT_EQ(holder("/home/ann/deep/below"), "/dev/sda10");
-  EXPECT_EQ(holder("/home/anna"), "/dev/sda9");
-  EXPECT_EQ(holder("/mnt/a/under"), "/dev/sda3");
-  EXPECT_EQ(holder("/etc"), "/dev/sda1");
-  EXPECT_EQ(mountHolding({}, "/etc"), nullptr);
 }
 
 TEST(MountTable, MountThatIsItsOwnParentEndsTheClimb) {

@@ -10,7 +10,7 @@
 #include <QStringList>
 #include <optional>
 
-#include "platform/desktop/file_manager.h"
+#include "platform/linux/desktop/file_manager.h"
 #include "tests/platform/event_loop.h"
 #include "tests/platform/private_bus.h"
 #include "tests/support/fake_url_opener.h"
@@ -47,8 +47,8 @@ const QString kObject = QStringLiteral("/org/freedesktop/FileManager1");
 
 class Reveal : public testing::Test {
  protected:
-  FileManager& fileManager(std::chrono::milliseconds patience = FileManager::kPatience) {
-    return fileManager_.emplace(clientBus_, urlOpener, patience);
+  FileManager& fileManager(std::chrono::milliseconds timeout = FileManager::kTimeout) {
+    return fileManager_.emplace(clientBus_, urlOpener, timeout);
   }
   void startService() {
     ASSERT_TRUE(serviceBus_.registerObject(kObject, &service, QDBusConnection::ExportAllSlots));

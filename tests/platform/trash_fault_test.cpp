@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/trash/trash.h"
+#include "platform/trash.h"
 #include "tests/platform/trash_room.h"
 #include "tests/support/machine.h"
 #include "tests/support/stepped_process.h"

@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "platform/posix/unique_descriptor.h"
-#include "platform/trash/trash.h"
+#include "platform/trash.h"
 #include "sweeper/error_text.h"
 #include "tests/platform/trash_room.h"
 #include "tests/support/machine.h"

@@ -1,4 +1,4 @@
-#include "platform/trash/trash_record.h"
+#include "platform/linux/trash_record.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

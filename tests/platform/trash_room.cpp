@@ -14,7 +14,7 @@
 #include <sstream>
 #include <string_view>
 
-#include "platform/trash/trash.h"
+#include "platform/trash.h"
 
 namespace dunmere::test {
 

@@ -1,5 +1,5 @@
 // What arrives in the Trash, and what is recorded of it.
-#include "platform/trash/trash.h"
+#include "platform/trash.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

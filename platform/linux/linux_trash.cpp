@@ -1,0 +1,137 @@
+// The Trash on Linux, laid out as freedesktop.org's Trash specification 1.0 says. The record of the origin is on the
+// disk before the item moves, so that an end at any moment leaves the item whole and in one place: where it was, or in
+// the Trash with its origin.
+
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <ctime>
+#include <expected>
+#include <memory>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/held_item.h"
+#include "platform/linux/mount_choice.h"
+#include "platform/linux/mount_table.h"
+#include "platform/linux/trash_folder.h"
+#include "platform/linux/trash_record.h"
+#include "platform/posix/paths.h"
+#include "platform/posix/system_values.h"
+#include "platform/trash.h"
+
+namespace dunmere {
+
+namespace {
+
+std::error_code renameOntoNothing(const UniqueDescriptor& fromFolder, const std::string& from,
+                                  const UniqueDescriptor& toFolder, const std::string& to) {
+  if (renameat2(fromFolder.get(), from.c_str(), toFolder.get(), to.c_str(), RENAME_NOREPLACE) == 0) return {};
+  if (errno != EINVAL) return systemCode(errno);
+  // A file system that knows only the plain rename. It is used on names that nobody else has reason to take.
+  struct stat taken{};
+  if (fstatat(toFolder.get(), to.c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0) return systemCode(EEXIST);
+  if (renameat(fromFolder.get(), from.c_str(), toFolder.get(), to.c_str()) == 0) return {};
+  return systemCode(errno);
+}
+
+/// The two ends of one move.
+struct Move {
+  const HeldItem& held;
+  const TrashFolder& trash;
+  std::string recordText;
+};
+
+/// EEXIST when the Trash has something of that name already.
+std::error_code moveAs(const Move& move, const std::string& name) {
+  const HeldItem& held = move.held;
+  auto record = TrashRecord::write(move.trash, name, move.recordText);
+  if (!record) return record.error();
+  if (const auto code = renameOntoNothing(held.folder, held.name, move.trash.files, name)) return code;
+  const auto isRightOne = isHeldItem(held, move.trash.files, name);
+  if (isRightOne == true) {
+    record->keep();
+    return {};
+  }
+  // Where it cannot go back, its record must stay with it.
+  if (renameOntoNothing(move.trash.files, name, held.folder, held.name)) record->keep();
+  return isRightOne ? systemCode(ESTALE) : isRightOne.error();
+}
+
+std::error_code moveUnderFreeName(const Move& move) {
+  int attempt = 1;
+  std::error_code code;
+  do {
+    code = moveAs(move, nameInTrash(move.held.name, attempt++));
+  } while (code == std::errc::file_exists);
+  return code == std::errc::cross_device_link ? systemCode(ENOTSUP) : code;
+}
+
+/// What is in memory is gone with the next start: no Trash to find anything in again. A container's overlay, which
+/// libmount counts among the system's own, is the disk there.
+bool mayHoldTrash(const MountEntry& mount) {
+  return holdsUserFiles(mount) || mount.fileSystem == "overlay";
+}
+
+std::expected<TrashFolder, std::error_code> openTrash(const HeldItem& held, const MountEntry* mount) {
+  auto home = openHomeTrash(held);
+  if (!home) return std::unexpected(home.error());
+  if (*home) return std::move(**home);
+  if (mount == nullptr || !mayHoldTrash(*mount)) return systemFailure(ENOTSUP);
+  return openVolumeTrash(held);
+}
+
+class ItemForTrash final : public TrashableItem {
+ public:
+  ItemForTrash(FileSystem& fileSystem, const FileUrl& url) : fileSystem_(fileSystem), url_(url), held_(holdItem(url)) {}
+
+  std::expected<void, SweepError> moveToTrash() override {
+    SweepError error{.attempt = SweepAttempt::moveToTrash, .path = url_, .code = {}, .volumeName = {}};
+    error.code = move(error.volumeName);
+    if (error.code) return std::unexpected(error);
+    return {};
+  }
+
+ private:
+  std::error_code move(std::string& volumeName) {
+    if (!held_) return held_.error();
+    const HeldItem& held = *held_;
+    const auto folder = currentPath(held.folder);
+    if (!folder) return folder.error();
+    const std::string path = FileUrl(*folder).appending(held.name).bytes();
+    const auto mounts = readMountTable();
+    if (!mounts) return systemCode(mounts.error());
+    if (isMountAtOrBelow(*mounts, path)) return systemCode(EBUSY);  // first: its file system may never answer
+    const auto isHere = isHeldItem(held, held.folder, held.name);
+    if (!isHere) return isHere.error();
+    if (!*isHere) return systemCode(ESTALE);
+
+    const MountEntry* const mount = mountHolding(*mounts, path);
+    const auto trash = openTrash(held, mount);
+    const std::error_code code =
+        trash ? moveUnderFreeName({held, *trash, trashRecordText(*trash, path, std::time(nullptr))}) : trash.error();
+    if (code == std::errc::not_supported) volumeName = nameOfVolume(mount ? mount->mountPoint : "/");
+    return code;
+  }
+
+  std::string nameOfVolume(const std::string& mountPoint) {
+    const auto values = fileSystem_.volumeValues(FileUrl(mountPoint));
+    if (values && values->name && !values->name->empty()) return *values->name;
+    return mountPoint == "/" ? "Filesystem root" : FileUrl(mountPoint).lastPathComponent();
+  }
+
+  FileSystem& fileSystem_;
+  const FileUrl url_;
+  const std::expected<HeldItem, std::error_code> held_;
+};
+
+}  // namespace
+
+std::unique_ptr<TrashableItem> Trash::hold(const FileUrl& url) {
+  return std::make_unique<ItemForTrash>(fileSystem_, url);
+}
+
+}  // namespace dunmere

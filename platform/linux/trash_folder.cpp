@@ -1,0 +1,162 @@
+#include "platform/linux/trash_folder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <utility>
+
+#include "platform/posix/paths.h"
+#include "platform/posix/system_values.h"
+
+namespace dunmere {
+
+namespace {
+
+constexpr mode_t kOwnersOnly = 0700;
+
+template <typename Value>
+using Found = std::expected<Value, std::error_code>;
+
+/// An entry can be renamed from one folder into another when both have the same of these. The device alone does not
+/// tell a bind mount from its origin; the mount alone does not tell the subvolumes of btrfs apart.
+struct Volume {
+  std::uint64_t mount = 0;
+  std::uint64_t device = 0;
+  friend bool operator==(const Volume&, const Volume&) = default;
+};
+
+Found<Volume> volumeOf(const UniqueDescriptor& folder) {
+  struct statx status{};
+  if (statx(folder.get(), "", AT_EMPTY_PATH, STATX_MNT_ID, &status) != 0) return systemFailure(errno);
+  const std::uint64_t device = (std::uint64_t{status.stx_dev_major} << 32) | status.stx_dev_minor;
+  return Volume{status.stx_mnt_id, device};
+}
+
+Found<UniqueDescriptor> openFolder(int parent, const std::string& name, int flags = 0) {
+  UniqueDescriptor folder(openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | flags));
+  if (!folder) return systemFailure(errno);
+  return folder;
+}
+
+/// Opens the folder `name`, made when missing; a link in its place is not followed.
+Found<UniqueDescriptor> ensureFolder(const UniqueDescriptor& parent, const std::string& name) {
+  if (mkdirat(parent.get(), name.c_str(), kOwnersOnly) != 0 && errno != EEXIST) return systemFailure(errno);
+  return openFolder(parent.get(), name, O_NOFOLLOW);
+}
+
+/// ENOTSUP for a Trash that there cannot be; anything else has a reason of its own, such as a full volume.
+std::error_code withoutTrash(std::error_code code) {
+  const bool impossible = code == std::errc::permission_denied || code == std::errc::operation_not_permitted ||
+                          code == std::errc::not_a_directory || code == std::errc::no_such_file_or_directory ||
+                          code == std::errc::too_many_symbolic_link_levels;
+  return impossible ? systemCode(ENOTSUP) : code;
+}
+
+bool isOwnOn(const Volume& volume, const UniqueDescriptor& trash) {
+  struct stat status{};
+  return fstat(trash.get(), &status) == 0 && status.st_uid == geteuid() && volumeOf(trash) == volume;
+}
+
+Found<TrashFolder> openInside(const UniqueDescriptor& trash, std::string top) {
+  auto files = ensureFolder(trash, "files");
+  if (!files) return std::unexpected(withoutTrash(files.error()));
+  auto info = ensureFolder(trash, "info");
+  if (!info) return std::unexpected(withoutTrash(info.error()));
+  return TrashFolder{std::move(*files), std::move(*info), std::move(top)};
+}
+
+// The environment says where the user's data is, as it does for every program of the desktop.
+std::string dataHome() {
+  const char* const data = std::getenv("XDG_DATA_HOME");
+  if (data != nullptr && data[0] == '/') return data;
+  const char* const home = std::getenv("HOME");
+  return (home != nullptr && home[0] == '/' ? home : currentHomeFolder().path()) + "/.local/share";
+}
+
+Found<UniqueDescriptor> openNearest(const FileUrl& url) {
+  for (FileUrl folder = url;; folder = folder.deletingLastPathComponent()) {
+    auto opened = openFolder(AT_FDCWD, folder.path());
+    if (opened || opened.error() != std::errc::no_such_file_or_directory || folder.path() == "/") return opened;
+  }
+}
+
+Found<UniqueDescriptor> ensureFolders(const FileUrl& url) {
+  auto opened = openFolder(AT_FDCWD, url.path());
+  if (opened || opened.error() != std::errc::no_such_file_or_directory || url.path() == "/") return opened;
+  if (auto parent = ensureFolders(url.deletingLastPathComponent()); !parent) return parent;
+  if (mkdir(url.path().c_str(), kOwnersOnly) != 0 && errno != EEXIST) return systemFailure(errno);
+  return openFolder(AT_FDCWD, url.path());
+}
+
+/// Climbs from the folder to the last one above it that is on its volume.
+Found<UniqueDescriptor> topOf(const Volume& volume, const UniqueDescriptor& folder) {
+  auto top = openFolder(folder.get(), ".");
+  while (top) {
+    auto above = openFolder(top->get(), "..");
+    if (!above) return above;
+    struct stat here{};
+    struct stat there{};
+    if (fstat(top->get(), &here) != 0 || fstat(above->get(), &there) != 0) return systemFailure(errno);
+    const bool isRoot = here.st_ino == there.st_ino && here.st_dev == there.st_dev;
+    const auto volumeAbove = volumeOf(*above);
+    if (!volumeAbove) return std::unexpected(volumeAbove.error());
+    if (isRoot || *volumeAbove != volume) break;
+    top = std::move(above);
+  }
+  return top;
+}
+
+/// The user's folder in the .Trash that the administrator has made for all users.
+Found<UniqueDescriptor> openShared(const Volume& volume, const UniqueDescriptor& top) {
+  const auto shared = openFolder(top.get(), ".Trash", O_NOFOLLOW);
+  if (!shared) return systemFailure(ENOTSUP);
+  struct stat status{};
+  // Without the sticky bit anybody could take another one's folder away.
+  if (fstat(shared->get(), &status) != 0 || (status.st_mode & S_ISVTX) == 0) return systemFailure(ENOTSUP);
+  auto trash = ensureFolder(*shared, std::to_string(geteuid()));
+  if (trash && !isOwnOn(volume, *trash)) return systemFailure(ENOTSUP);
+  return trash;
+}
+
+Found<UniqueDescriptor> openPrivate(const Volume& volume, const UniqueDescriptor& top) {
+  auto trash = ensureFolder(top, ".Trash-" + std::to_string(geteuid()));
+  if (trash && !isOwnOn(volume, *trash)) return systemFailure(ENOTSUP);
+  return trash;
+}
+
+}  // namespace
+
+std::expected<std::optional<TrashFolder>, std::error_code> openHomeTrash(const HeldItem& held) {
+  const auto volume = volumeOf(held.folder);
+  if (!volume) return std::unexpected(volume.error());
+  const FileUrl data(dataHome());
+  const auto nearest = openNearest(data);
+  if (!nearest && withoutTrash(nearest.error()) == std::errc::not_supported) return std::nullopt;
+  if (!nearest) return std::unexpected(nearest.error());
+  const auto homeVolume = volumeOf(*nearest);
+  if (!homeVolume) return std::unexpected(homeVolume.error());
+  if (*homeVolume != *volume) return std::nullopt;
+  const auto trash = ensureFolders(data.appending("Trash"));
+  if (!trash) return std::unexpected(withoutTrash(trash.error()));
+  if (!isOwnOn(*volume, *trash)) return systemFailure(ENOTSUP);
+  return openInside(*trash, {});
+}
+
+std::expected<TrashFolder, std::error_code> openVolumeTrash(const HeldItem& held) {
+  const auto volume = volumeOf(held.folder);
+  if (!volume) return std::unexpected(volume.error());
+  const auto top = topOf(*volume, held.folder);
+  if (!top) return std::unexpected(top.error());
+  auto topPath = currentPath(*top);
+  if (!topPath) return std::unexpected(topPath.error());
+  auto trash = openShared(*volume, *top);
+  if (!trash) trash = openPrivate(*volume, *top);
+  if (!trash) return std::unexpected(withoutTrash(trash.error()));
+  return openInside(*trash, std::move(*topPath));
+}
+
+}  // namespace dunmere

@@ -1,0 +1,42 @@
+// TrashRecord: the record of one item's origin in a Trash, which also reserves the item's name there.
+#pragma once
+
+#include <ctime>
+#include <expected>
+#include <string>
+#include <system_error>
+
+#include "platform/linux/trash_folder.h"
+
+namespace dunmere {
+
+/// Written before its item comes, so that at no moment an item lies in the Trash without its origin. Removed at the end
+/// of its life unless it is kept. Its folder must outlive it.
+class TrashRecord {
+ public:
+  /// Writes `text` for an item that is to be called `name` in the Trash, down to the disk. Fails with the system's code
+  /// (EEXIST when the name is taken) and leaves nothing behind.
+  static std::expected<TrashRecord, std::error_code> write(const TrashFolder& trash, const std::string& name,
+                                                           const std::string& text);
+
+  TrashRecord(TrashRecord&& other) noexcept;
+  TrashRecord& operator=(TrashRecord&&) = delete;
+  ~TrashRecord();
+
+  void keep() { folder_ = nullptr; }
+
+ private:
+  TrashRecord(const UniqueDescriptor& folder, std::string fileName);
+
+  const UniqueDescriptor* folder_;  ///< null: not to be removed (any more)
+  std::string fileName_;
+};
+
+/// What a record says: the place of the item, an absolute path without links, and the time in the user's time zone.
+std::string trashRecordText(const TrashFolder& trash, const std::string& itemPath, std::time_t now);
+
+/// The name that an item gets in the Trash at the `attempt`-th try, from 1 on: its own name, then with a number. Cut
+/// between characters where the name of its record would not fit otherwise; the record has the whole one.
+std::string nameInTrash(const std::string& itemName, int attempt);
+
+}  // namespace dunmere
