@@ -10,34 +10,7 @@ namespace dunmere {
 
 ContinuousRectangle::ContinuousRectangle(QQuickItem* parent) : QQuickPaintedItem(parent) {
   setAntialiasing(true);
-}
-
-void ContinuousRectangle::setRadius(qreal radius) {
-  if (radius_ == radius) return;
-  radius_ = radius;
-  Q_EMIT radiusChanged();
-  update();
-}
-
-void ContinuousRectangle::setColor(const QColor& color) {
-  if (color_ == color) return;
-  color_ = color;
-  Q_EMIT colorChanged();
-  update();
-}
-
-void ContinuousRectangle::setBorderColor(const QColor& color) {
-  if (borderColor_ == color) return;
-  borderColor_ = color;
-  Q_EMIT borderColorChanged();
-  update();
-}
-
-void ContinuousRectangle::setBorderWidth(qreal width) {
-  if (borderWidth_ == width) return;
-  borderWidth_ = width;
-  Q_EMIT borderWidthChanged();
-  update();
+  connect(this, &ContinuousRectangle::changed, this, [this] { update(); });
 }
 
 void ContinuousRectangle::paint(QPainter* painter) {

@@ -10,30 +10,18 @@ namespace dunmere {
 class ContinuousRectangle : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT
-  Q_PROPERTY(qreal radius READ radius WRITE setRadius NOTIFY radiusChanged FINAL)
-  Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged FINAL)
-  Q_PROPERTY(QColor borderColor READ borderColor WRITE setBorderColor NOTIFY borderColorChanged FINAL)
-  Q_PROPERTY(qreal borderWidth READ borderWidth WRITE setBorderWidth NOTIFY borderWidthChanged FINAL)
+  Q_PROPERTY(qreal radius MEMBER radius_ NOTIFY changed FINAL)
+  Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed FINAL)
+  Q_PROPERTY(QColor borderColor MEMBER borderColor_ NOTIFY changed FINAL)
+  Q_PROPERTY(qreal borderWidth MEMBER borderWidth_ NOTIFY changed FINAL)
 
  public:
   explicit ContinuousRectangle(QQuickItem* parent = nullptr);
 
-  qreal radius() const { return radius_; }
-  void setRadius(qreal radius);
-  QColor color() const { return color_; }
-  void setColor(const QColor& color);
-  QColor borderColor() const { return borderColor_; }
-  void setBorderColor(const QColor& color);
-  qreal borderWidth() const { return borderWidth_; }
-  void setBorderWidth(qreal width);
-
   void paint(QPainter* painter) override;
 
  Q_SIGNALS:
-  void radiusChanged();
-  void colorChanged();
-  void borderColorChanged();
-  void borderWidthChanged();
+  void changed();
 
  private:
   qreal radius_ = 0;

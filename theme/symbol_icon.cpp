@@ -1,5 +1,6 @@
 #include "theme/symbol_icon.h"
 
+#include <QDebug>
 #include <QPainter>
 #include <QtMath>
 #include <algorithm>
@@ -21,39 +22,13 @@ constexpr qreal capitalHeight = 0.705;
 
 SymbolIcon::SymbolIcon(QQuickItem* parent) : QQuickPaintedItem(parent) {
   setAntialiasing(true);
-}
-
-void SymbolIcon::setSystemImage(const QString& name) {
-  if (systemImage_ == name) return;
-  systemImage_ = name;
-  if (!name.isEmpty() && !symbolExtent(name)) qWarning("SymbolIcon: no symbol is named \"%s\"", qUtf8Printable(name));
-  Q_EMIT systemImageChanged();
-  measure();
-}
-
-void SymbolIcon::setPixelSize(qreal size) {
-  if (pixelSize_ == size) return;
-  pixelSize_ = size;
-  Q_EMIT pixelSizeChanged();
-  measure();
-}
-
-void SymbolIcon::setWeight(int weight) {
-  if (weight_ == weight) return;
-  weight_ = weight;
-  Q_EMIT weightChanged();
-  update();
-}
-
-void SymbolIcon::setColor(const QColor& color) {
-  if (color_ == color) return;
-  color_ = color;
-  Q_EMIT colorChanged();
-  update();
+  connect(this, &SymbolIcon::changed, this, &SymbolIcon::measure);
 }
 
 void SymbolIcon::measure() {
-  const QSizeF extent = symbolExtent(systemImage_).value_or(QSizeF(0, 0)) * pixelSize_;
+  const std::optional<QSizeF> symbol = symbolExtent(systemImage_);
+  if (!symbol && !systemImage_.isEmpty()) qWarning() << "SymbolIcon: no symbol is named" << systemImage_;
+  const QSizeF extent = symbol.value_or(QSizeF(0, 0)) * pixelSize_;
   // An even width has its centre on a pixel boundary, where symmetric symbols stay symmetric.
   setImplicitSize(2 * qCeil(extent.width() / 2), qRound(extent.height()));
   setBaselineOffset(implicitHeight() / 2 + capitalHeight * pixelSize_ / 2);

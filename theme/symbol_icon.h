@@ -12,32 +12,20 @@ namespace dunmere {
 class SymbolIcon : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT
-  Q_PROPERTY(QString systemImage READ systemImage WRITE setSystemImage NOTIFY systemImageChanged FINAL)
-  Q_PROPERTY(qreal pixelSize READ pixelSize WRITE setPixelSize NOTIFY pixelSizeChanged FINAL)
-  Q_PROPERTY(int weight READ weight WRITE setWeight NOTIFY weightChanged FINAL)
-  Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged FINAL)
+  Q_PROPERTY(QString systemImage MEMBER systemImage_ NOTIFY changed FINAL)
+  /// The point size of the text that the icon goes with, in device-independent pixels.
+  Q_PROPERTY(qreal pixelSize MEMBER pixelSize_ NOTIFY changed FINAL)
+  /// As a font's weight: 400 regular, 500 medium, 600 semibold.
+  Q_PROPERTY(int weight MEMBER weight_ NOTIFY changed FINAL)
+  Q_PROPERTY(QColor color MEMBER color_ NOTIFY changed FINAL)
 
  public:
   explicit SymbolIcon(QQuickItem* parent = nullptr);
 
-  const QString& systemImage() const { return systemImage_; }
-  void setSystemImage(const QString& name);
-  /// The point size of the text that the icon goes with, in device-independent pixels.
-  qreal pixelSize() const { return pixelSize_; }
-  void setPixelSize(qreal size);
-  /// As a font's weight: 400 regular, 500 medium, 600 semibold.
-  int weight() const { return weight_; }
-  void setWeight(int weight);
-  QColor color() const { return color_; }
-  void setColor(const QColor& color);
-
   void paint(QPainter* painter) override;
 
  Q_SIGNALS:
-  void systemImageChanged();
-  void pixelSizeChanged();
-  void weightChanged();
-  void colorChanged();
+  void changed();
 
  private:
   void measure();
