@@ -13,7 +13,6 @@
 #include "platform/platform_file_system.h"
 #include "shell/content_model.h"
 #include "sweeper/background_threads.h"
-#include "sweeper/view/accessible_list.h"
 #include "theme/accessible_controls.h"
 
 namespace {
@@ -57,7 +56,6 @@ int main(int argc, char* argv[]) {
   const QApplication application(argc, argv);
   describeApplication();
   dunmere::installAccessibleControls();
-  dunmere::AccessibleList::install();
   const std::unique_ptr<dunmere::FileSystem> fileSystem = dunmere::makePlatformFileSystem();
   const std::unique_ptr<dunmere::UrlOpener> urlOpener = dunmere::makePlatformUrlOpener();
   const std::unique_ptr<dunmere::Desktop> desktop = dunmere::makePlatformDesktop(*fileSystem, *urlOpener);

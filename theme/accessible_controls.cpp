@@ -6,9 +6,10 @@ namespace dunmere {
 namespace {
 
 QAccessibleInterface* makeAccessibleControl(const QString& className, QObject* object) {
-  if (className == QLatin1String("QQuickAbstractButton"))
-    return new AccessibleButton(qobject_cast<QQuickItem*>(object));
-  if (className == QLatin1String("dunmere::Splitter")) return new AccessibleSplitter(qobject_cast<QQuickItem*>(object));
+  auto* const item = qobject_cast<QQuickItem*>(object);
+  if (className == QLatin1String("QQuickAbstractButton")) return new AccessibleButton(item);
+  if (className == QLatin1String("QQuickListView")) return new AccessibleList(item);
+  if (className == QLatin1String("dunmere::Splitter")) return new AccessibleSplitter(item);
   return nullptr;
 }
 
@@ -18,8 +19,8 @@ void installAccessibleControls() {
   QAccessible::installFactory(makeAccessibleControl);
 }
 
-// Whoever has asked for the state remembers it until it is told to have changed. Qt may make two of these for a button;
-// the same news twice does no harm.
+// Clients cache the state until they receive a change event. Qt may make two of these for a button; a second event does
+// no harm.
 AccessibleButton::AccessibleButton(QQuickItem* button) : AccessibleItem(button) {
   QObject::connect(button, &QQuickItem::enabledChanged, button, [button] {
     QAccessible::State changed;
@@ -29,19 +30,11 @@ AccessibleButton::AccessibleButton(QQuickItem* button) : AccessibleItem(button) 
   });
 }
 
-QAccessible::Role AccessibleButton::role() const {
-  return QAccessible::Button;
-}
-
 QAccessible::State AccessibleButton::state() const {
   QAccessible::State state = AccessibleItem::state();
-  state.selectable = told(QStringLiteral("selectable")).toBool();
-  state.selected = told(QStringLiteral("selected")).toBool();
+  state.selectable = attached(QStringLiteral("selectable")).toBool();
+  state.selected = attached(QStringLiteral("selected")).toBool();
   return state;
-}
-
-QStringList AccessibleButton::actionNames() const {
-  return {pressAction(), setFocusAction()};
 }
 
 void AccessibleButton::doAction(const QString& actionName) {
@@ -49,37 +42,44 @@ void AccessibleButton::doAction(const QString& actionName) {
   if (item()->isEnabled() && item()->isVisible()) QMetaObject::invokeMethod(item(), "clicked");
 }
 
-QAccessible::Role AccessibleSplitter::role() const {
-  return QAccessible::Splitter;
-}
-
 void* AccessibleSplitter::interface_cast(QAccessible::InterfaceType type) {
   if (type == QAccessible::ValueInterface) return static_cast<QAccessibleValueInterface*>(this);
   return AccessibleItem::interface_cast(type);
 }
 
-Splitter& AccessibleSplitter::splitter() const {
-  return *static_cast<Splitter*>(item());
+QQuickItem* AccessibleList::row(int index) const {
+  QQuickItem* found = nullptr;
+  QMetaObject::invokeMethod(item(), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, found), Q_ARG(int, index));
+  return found;
 }
 
-QVariant AccessibleSplitter::currentValue() const {
-  return splitter().position();
+// A view holds a run of rows: those on the screen and some beside them.
+QList<QQuickItem*> AccessibleList::rows() const {
+  int first = -1;
+  QMetaObject::invokeMethod(item(), "indexAt", Q_RETURN_ARG(int, first), Q_ARG(qreal, 0),
+                            Q_ARG(qreal, item()->property("contentY").toReal()));
+  QList<QQuickItem*> held;
+  if (first < 0) return held;
+  while (first > 0 && row(first - 1)) --first;
+  for (int index = first; QQuickItem* const at = row(index); ++index) held.append(at);
+  return held;
 }
 
-void AccessibleSplitter::setCurrentValue(const QVariant& value) {
-  splitter().moveTo(value.toReal());
+QAccessibleInterface* AccessibleList::child(int index) const {
+  return QAccessible::queryAccessibleInterface(rows().value(index));
 }
 
-QVariant AccessibleSplitter::maximumValue() const {
-  return splitter().maximum();
+int AccessibleList::indexOfChild(const QAccessibleInterface* child) const {
+  return child ? static_cast<int>(rows().indexOf(qobject_cast<QQuickItem*>(child->object()))) : -1;
 }
 
-QVariant AccessibleSplitter::minimumValue() const {
-  return splitter().minimum();
-}
-
-QVariant AccessibleSplitter::minimumStepSize() const {
-  return Splitter::kStep;
+QAccessibleInterface* AccessibleList::childAt(int x, int y) const {
+  if (!rect().contains(x, y)) return nullptr;
+  for (QQuickItem* const at : rows()) {
+    QAccessibleInterface* const found = QAccessible::queryAccessibleInterface(at);
+    if (found && found->rect().contains(x, y)) return found;
+  }
+  return nullptr;
 }
 
 }  // namespace dunmere

@@ -3,22 +3,11 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQmlProperty>
-#include <QQuickWindow>
 
 namespace dunmere {
 
-AccessibleItem::AccessibleItem(QQuickItem* item) : QAccessibleObject(item) {}
-
-QQuickItem* AccessibleItem::item() const {
-  return static_cast<QQuickItem*>(object());
-}
-
-QVariant AccessibleItem::told(const QString& property) const {
+QVariant AccessibleItem::attached(const QString& property) const {
   return QQmlProperty(item(), QStringLiteral("Accessible.") + property, qmlContext(item())).read();
-}
-
-QWindow* AccessibleItem::window() const {
-  return item()->window();
 }
 
 QAccessibleInterface* AccessibleItem::parent() const {
@@ -28,21 +17,9 @@ QAccessibleInterface* AccessibleItem::parent() const {
   return QAccessible::queryAccessibleInterface(window());
 }
 
-int AccessibleItem::childCount() const {
-  return 0;
-}
-
-QAccessibleInterface* AccessibleItem::child(int) const {
-  return nullptr;
-}
-
-int AccessibleItem::indexOfChild(const QAccessibleInterface*) const {
-  return -1;
-}
-
 QString AccessibleItem::text(QAccessible::Text kind) const {
-  if (kind == QAccessible::Name) return told(QStringLiteral("name")).toString();
-  if (kind == QAccessible::Description) return told(QStringLiteral("description")).toString();
+  if (kind == QAccessible::Name) return attached(QStringLiteral("name")).toString();
+  if (kind == QAccessible::Description) return attached(QStringLiteral("description")).toString();
   return {};
 }
 
@@ -66,16 +43,8 @@ void* AccessibleItem::interface_cast(QAccessible::InterfaceType type) {
   return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this) : nullptr;
 }
 
-QStringList AccessibleItem::actionNames() const {
-  return {setFocusAction()};
-}
-
 void AccessibleItem::doAction(const QString& actionName) {
   if (actionName == setFocusAction()) item()->forceActiveFocus(Qt::OtherFocusReason);
-}
-
-QStringList AccessibleItem::keyBindingsForAction(const QString&) const {
-  return {};
 }
 
 }  // namespace dunmere
