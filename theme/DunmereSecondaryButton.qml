@@ -6,6 +6,7 @@ PlainButton {
     id: root
 
     required property string title
+    property color titleColor: AppTheme.primaryText
 
     objectName: "secondaryButton"
     text: title
@@ -15,7 +16,7 @@ PlainButton {
     contentItem: AppText {
         objectName: "title"
         text: root.title
-        color: AppTheme.primaryText
+        color: root.titleColor
         font.pixelSize: 14
         font.weight: Font.Medium
         horizontalAlignment: Text.AlignHCenter

@@ -33,14 +33,10 @@ T.AbstractButton {
             clicked();
     }
 
-    Rectangle {
+    FocusRing {
         objectName: "focusRing"
-        anchors.fill: parent
         anchors.margins: -2
         radius: root.focusRingRadius
-        color: "transparent"
-        border.width: 2
-        border.color: AppTheme.focusRing
         antialiasing: true
         visible: LastInput.isKeyboard && root.activeFocus
     }

@@ -1,7 +1,8 @@
 import QtQuick
 import Dunmere.Sweeper
+import Dunmere.Theme
 
-// A column of the browser and the rule after it.
+// A column of the browser and the line after it, which cannot be dragged.
 Row {
     id: root
 
@@ -30,7 +31,9 @@ Row {
         onRightRequested: root.rightRequested()
         onKeyboardUsed: root.keyboardUsed()
     }
-    ColumnDivider {
+    Divider {
+        objectName: "columnDivider"
         height: root.height
+        color: AppTheme.border
     }
 }

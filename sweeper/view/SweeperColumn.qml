@@ -221,12 +221,8 @@ Rectangle {
         visible: root.isReading
     }
 
-    Rectangle {
+    FocusRing {
         objectName: "columnFocusRing"
-        anchors.fill: parent
-        color: "transparent"
-        border.width: 2
-        border.color: AppTheme.focusRing
         visible: LastInput.isKeyboard && list.activeFocus && list.currentIndex < 0
     }
 

@@ -86,13 +86,10 @@ Item {
         weight: Font.DemiBold
         color: root.selected ? Qt.alpha(AppTheme.onAccent, 0.9) : AppTheme.mutedLabel
     }
-    Rectangle {
+    FocusRing {
         objectName: "rowFocusRing"
-        anchors.fill: parent
         anchors.margins: root.selected ? 2 : 0
         radius: 4
-        color: "transparent"
-        border.width: 2
         border.color: root.selected ? AppTheme.onAccent : AppTheme.focusRing
         visible: root.showsFocus
     }

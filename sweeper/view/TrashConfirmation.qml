@@ -61,11 +61,16 @@ T.Dialog {
             Accessible.role: Accessible.StaticText
             Accessible.name: text
         }
-        DestructiveButton {
+        DunmereSecondaryButton {
             objectName: "trashConfirmMove"
             width: root.availableWidth
             title: qsTr("Move to Trash")
+            titleColor: AppTheme.errorRed
             onClicked: root.viewModel.confirmedTrash()
+
+            // Return does not press it, not even with the focus on it.
+            function clickOnce(event: KeyEvent) {
+            }
         }
         DunmereSecondaryButton {
             objectName: "trashConfirmCancel"

@@ -112,12 +112,9 @@ Item {
     }
 
     // A selected drive shows by its colour that the list holds the keyboard; without one the list does.
-    Rectangle {
+    FocusRing {
         objectName: "volumeListFocusRing"
         anchors.fill: list
-        color: "transparent"
-        border.width: 2
-        border.color: AppTheme.focusRing
         visible: LastInput.isKeyboard && list.activeFocus && root.viewModel.selectedVolume < 0
     }
 
@@ -157,11 +154,19 @@ Item {
         }
     }
 
-    PermissionHint {
+    // What to do when sizes stay at zero.
+    AppText {
         id: hint
+        objectName: "permissionHint"
         x: 16
         anchors.bottom: parent.bottom
         anchors.bottomMargin: 12
         width: parent.width - 32
+        text: qsTr("Direct install: sweeps use normal macOS file permissions (like Finder). If sizes stay at zero for another user’s home or protected areas, enable Full Disk Access for Dunmere in System Settings.")
+        color: AppTheme.mutedLabel
+        font.pixelSize: 11
+        wrapMode: Text.Wrap
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
 }

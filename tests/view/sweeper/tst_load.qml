@@ -24,16 +24,6 @@ TestCase {
         }
     }
     Component {
-        id: columnDivider
-        ColumnDivider {}
-    }
-    Component {
-        id: destructiveButton
-        DestructiveButton {
-            title: "Move"
-        }
-    }
-    Component {
         id: diskSweeperPaneView
         DiskSweeperPaneView {
             viewModel: harness.viewModel
@@ -54,10 +44,6 @@ TestCase {
             isTabStop: true
             isReading: true
         }
-    }
-    Component {
-        id: permissionHint
-        PermissionHint {}
     }
     Component {
         id: statusStrip
@@ -125,7 +111,7 @@ TestCase {
     }
 
     function test_loads_data() {
-        return [browserChrome, columnDivider, destructiveButton, diskSweeperPaneView, footerBar, openColumn, permissionHint, statusStrip, sweeperColumn, sweeperRow, trashConfirmation, volumePicker, volumeRow].map((component, index) => ({
+        return [browserChrome, diskSweeperPaneView, footerBar, openColumn, statusStrip, sweeperColumn, sweeperRow, trashConfirmation, volumePicker, volumeRow].map((component, index) => ({
                     tag: "component " + index,
                     component: component
                 }));
