@@ -4,10 +4,8 @@
 #include <QtQml/qqmlregistration.h>
 
 #include <QAbstractListModel>
-#include <cstddef>
 #include <vector>
 
-#include "engine/listing/list_changes.h"
 #include "engine/sweeper_volume.h"
 
 namespace dunmere {
@@ -23,20 +21,21 @@ class VolumeListModel : public QAbstractListModel {
  public:
   enum Role { NameRole = Qt::UserRole + 1, DetailTextRole };
 
-  explicit VolumeListModel(QObject* parent = nullptr);
+  explicit VolumeListModel(QObject* parent = nullptr) : QAbstractListModel(parent) {}
 
   void update(const std::vector<SweeperVolume>& volumes);
 
   int count() const { return static_cast<int>(volumes_.size()); }
-  int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+  int rowCount(const QModelIndex& parent = QModelIndex()) const override { return parent.isValid() ? 0 : count(); }
   QVariant data(const QModelIndex& index, int role) const override;
-  QHash<int, QByteArray> roleNames() const override;
+  QHash<int, QByteArray> roleNames() const override { return {{NameRole, "name"}, {DetailTextRole, "detailText"}}; }
 
  Q_SIGNALS:
   void countChanged();
 
  private:
-  void apply(const ListChange& step, const std::vector<SweeperVolume>& volumes);
+  void remove(int row);
+  void bringTo(int row, const SweeperVolume& volume);
 
   std::vector<SweeperVolume> volumes_;
 };

@@ -161,7 +161,7 @@ TEST_F(SweeperViewModelTest, AVolumeThatComesOrGoesLeavesTheOthersAndTheSelectio
   EXPECT_EQ(viewModel_.selectedVolume(), 2);
   mount({"/"});
   viewModel_.appear();
-  EXPECT_EQ(removed.size(), 1);
+  EXPECT_EQ(removed.size(), 2);
   EXPECT_EQ(reset.size(), 0);
   EXPECT_TRUE(viewModel_.canSweepSelected()) << "the choice is kept, although its volume is gone";
 }
