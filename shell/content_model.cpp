@@ -31,14 +31,6 @@ void ContentModel::setSelection(std::optional<SidebarItem> selection) {
   if (shownBefore && !shownNow) dropPane();
 }
 
-void ContentModel::selectFreeSpace() {
-  setSelection(SidebarItem::freeSpace);
-}
-
-void ContentModel::selectSettings() {
-  setSelection(SidebarItem::settings);
-}
-
 void ContentModel::goToDrives() {
   setSelection(SidebarItem::freeSpace);
   setPendingGoToDrives(true);

@@ -46,8 +46,8 @@ class ContentModel : public QObject {
   /// The shown sweeper pane, fresh each time the sweeper comes on screen; null while the settings are shown.
   SweeperViewModel* pane() const { return pane_.get(); }
 
-  Q_INVOKABLE void selectFreeSpace();
-  Q_INVOKABLE void selectSettings();
+  Q_INVOKABLE void selectFreeSpace() { setSelection(SidebarItem::freeSpace); }
+  Q_INVOKABLE void selectSettings() { setSelection(SidebarItem::settings); }
   Q_INVOKABLE void goToDrives();
   Q_INVOKABLE void openFullDiskAccess();
 

@@ -28,16 +28,6 @@ SweeperViewModel::SweeperViewModel(FileSystem& fileSystem, Desktop& desktop, Mai
   shown_ = readPane();
 }
 
-SweeperViewModel::~SweeperViewModel() = default;
-
-void SweeperViewModel::appear() {
-  pane_.appear();
-}
-
-void SweeperViewModel::pendingGoToDrivesChanged() {
-  pane_.pendingGoToDrivesChanged();
-}
-
 void SweeperViewModel::selectVolume(int row) {
   if (row == -1) {
     pane_.selectVolume(std::nullopt);
@@ -46,35 +36,10 @@ void SweeperViewModel::selectVolume(int row) {
   }
 }
 
-void SweeperViewModel::startSweepSelectedVolume() {
-  pane_.startSweepSelectedVolume();
-}
-
-// The chooser is modal and runs the event loop: this object may be gone when it returns.
-void SweeperViewModel::openFolderSweep() {
-  pane_.openFolderSweep();
-}
-
 void SweeperViewModel::selectRow(int column, int row) {
   const ColumnRows* rows = elementAt(pane_.columnChildren(), column);
   if (!rows || row < 0 || static_cast<std::size_t>(row) >= rows->size()) return;
   pane_.selectItem((*rows)[static_cast<std::size_t>(row)], static_cast<std::size_t>(column));
-}
-
-void SweeperViewModel::requestTrash() {
-  pane_.requestTrash();
-}
-
-void SweeperViewModel::dismissTrash() {
-  pane_.dismissTrash();
-}
-
-void SweeperViewModel::confirmedTrash() {
-  pane_.confirmedTrash();
-}
-
-void SweeperViewModel::reveal() {
-  pane_.reveal();
 }
 
 SweeperViewModel::Shown SweeperViewModel::readPane() const {

@@ -40,7 +40,6 @@ class SweeperViewModel : public QObject {
  public:
   SweeperViewModel(FileSystem& fileSystem, Desktop& desktop, MainThread& mainThread, Background& background,
                    BoolBinding pendingGoToDrives, QObject* parent = nullptr);
-  ~SweeperViewModel() override;
 
   bool browsing() const { return shown_.browsing; }
   const QString& loadErrorText() const { return shown_.loadErrorText; }
@@ -56,16 +55,19 @@ class SweeperViewModel : public QObject {
   const QString& trashConfirmTitle() const { return shown_.trashConfirmTitle; }
   bool confirmTrash() const { return shown_.confirmTrash; }
 
-  Q_INVOKABLE void appear();                    ///< the pane's view came on screen
-  Q_INVOKABLE void pendingGoToDrivesChanged();  ///< the owner of the flag changed it
-  Q_INVOKABLE void selectVolume(int row);       ///< -1 selects none
-  Q_INVOKABLE void startSweepSelectedVolume();
-  Q_INVOKABLE void openFolderSweep();
+  /// The pane's view came on screen.
+  Q_INVOKABLE void appear() { pane_.appear(); }
+  /// The owner of the flag changed it.
+  Q_INVOKABLE void pendingGoToDrivesChanged() { pane_.pendingGoToDrivesChanged(); }
+  Q_INVOKABLE void selectVolume(int row);  ///< -1 selects none
+  Q_INVOKABLE void startSweepSelectedVolume() { pane_.startSweepSelectedVolume(); }
+  /// The chooser is modal and runs the event loop: this object may be gone when it returns.
+  Q_INVOKABLE void openFolderSweep() { pane_.openFolderSweep(); }
   Q_INVOKABLE void selectRow(int column, int row);
-  Q_INVOKABLE void requestTrash();
-  Q_INVOKABLE void dismissTrash();
-  Q_INVOKABLE void confirmedTrash();
-  Q_INVOKABLE void reveal();
+  Q_INVOKABLE void requestTrash() { pane_.requestTrash(); }
+  Q_INVOKABLE void dismissTrash() { pane_.dismissTrash(); }
+  Q_INVOKABLE void confirmedTrash() { pane_.confirmedTrash(); }
+  Q_INVOKABLE void reveal() { pane_.reveal(); }
 
  Q_SIGNALS:
   void browsingChanged();
