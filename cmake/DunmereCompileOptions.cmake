@@ -3,8 +3,7 @@ add_library(dunmere_options INTERFACE)
 target_compile_options(dunmere_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
                        $<$<BOOL:${DUNMERE_WERROR}>:-Werror>)
 if(DUNMERE_SANITIZE)
-  # Without the check of objects' kinds (vptr): it makes system calls of its own to look at memory, which tests that
-  # count, forbid or fail system calls would take for those of the code.
+  # Without vptr: that check makes system calls of its own, which tests that count or fail system calls would see.
   target_compile_options(dunmere_options INTERFACE -fsanitize=${DUNMERE_SANITIZE} -fno-sanitize=vptr
                          -fno-omit-frame-pointer)
   target_link_options(dunmere_options INTERFACE -fsanitize=${DUNMERE_SANITIZE})

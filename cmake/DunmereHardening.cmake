@@ -1,11 +1,11 @@
-# What makes a mistake in the code end the program instead of being of use to somebody. For everything that is built
-# here, the code that Qt generates included; in optimized builds for Linux. A test reads it off the finished program.
+# Hardening: a memory error ends the program instead of being exploitable. For all code built here, that which Qt
+# generates included, in optimized builds for Linux. A test checks the finished program.
 if(NOT CMAKE_SYSTEM_NAME STREQUAL "Linux" OR DUNMERE_SANITIZE)
   return()  # Apple's tools have their own ways; sanitizers find more, and replace what the first of these would call
 endif()
 
 include(CheckPIESupported)
-check_pie_supported(LANGUAGES CXX)  # with CMAKE_POSITION_INDEPENDENT_CODE: executables lie at an address of chance
+check_pie_supported(LANGUAGES CXX)  # with CMAKE_POSITION_INDEPENDENT_CODE: executables are position-independent (ASLR)
 
 set(optimized $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
 add_compile_definitions(
@@ -16,5 +16,5 @@ add_compile_options(
   -fstack-clash-protection  # a large frame cannot step over the guard page below the stack
   $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>  # jumps land only where a jump may
   $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},aarch64>:-mbranch-protection=standard>)
-# The tables through which functions of libraries are called are filled at the start and then read-only.
+# The global offset table is filled at the start and then read-only.
 add_link_options(LINKER:-z,relro,-z,now)

@@ -33,7 +33,7 @@ Splitter {
     onActiveFocusChanged: cameAt = position
 
     function goBack() {
-        // Where the keyboard was may be gone, or may not take it any more.
+        // That item may be gone or disabled by now.
         focus = false;
         cameFrom?.forceActiveFocus();
         cameFrom = null;

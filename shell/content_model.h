@@ -57,8 +57,8 @@ class ContentModel : public QObject {
   void paneChanged();
 
  private:
-  /// Deletes a pane after its views. Those are deleted by the event loop too, and the lists inside them delete their
-  /// rows only then: one turn later than the outermost view.
+  /// Deletes a pane after its views, which the event loop deletes too; lists inside them delete their rows one turn of
+  /// the loop later than the outermost view.
   struct DeleteAfterViews {
     void operator()(QObject* pane) const {
       QMetaObject::invokeMethod(pane, &QObject::deleteLater, Qt::QueuedConnection);

@@ -41,9 +41,9 @@ int runWindow(dunmere::FileSystem& fileSystem, dunmere::Desktop& desktop, dunmer
   return code;
 }
 
-/// Before the first window. What the environment says of the way to paint holds.
+/// To be called before the first window. Variables of the environment that choose how to paint are respected.
 void choosePainting() {
-  // The window is small enough to start without shaders that were kept on disk.
+  // The window needs so few shaders that a cache on disk is not worth it.
   QCoreApplication::setAttribute(Qt::AA_DisableShaderDiskCache);
   const bool isChosen = qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND");
   if (!isChosen && !dunmere::hasGraphicsProcessor()) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
@@ -62,8 +62,7 @@ int main(int argc, char* argv[]) {
   dunmere::QtMainThread mainThread;
   dunmere::BackgroundThreads background;
   const int code = runWindow(*fileSystem, *desktop, mainThread, background, *urlOpener);
-  // Scans are never cancelled: they may still be reading, as may the background. Nothing that they use is destroyed
-  // under them.
+  // Scans and background work are never cancelled and may still run, so nothing that they use is destroyed.
   std::fflush(nullptr);
   std::_Exit(code);
 }

@@ -15,7 +15,7 @@ Text {
     lineHeight: AppTheme.lineHeight(font.pixelSize)
     font.pixelSize: 14
 
-    // Qt keeps to a line height between lines only: what a font is higher than its line goes over both edges.
+    // Qt applies a fixed line height only between lines: a taller font overhangs both edges equally.
     onContentSizeChanged: {
         const surplus = Math.ceil(contentHeight) - lineCount * lineHeight;
         topPadding = -Math.floor(surplus / 2);

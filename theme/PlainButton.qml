@@ -13,7 +13,7 @@ T.AbstractButton {
     property bool dimsWhenDisabled: true
     property real focusRingRadius: AppTheme.cornerRadius + 2
 
-    // Whole points: a text's width seldom is one, and a background's edge must not fall between pixels.
+    // Rounded up: texts have fractional widths, and the background's edge must not fall between pixels.
     implicitWidth: Math.ceil(implicitContentWidth) + leftPadding + rightPadding
     implicitHeight: Math.ceil(implicitContentHeight) + topPadding + bottomPadding
     focusPolicy: Qt.TabFocus
@@ -41,13 +41,13 @@ T.AbstractButton {
         visible: LastInput.isKeyboard && root.activeFocus
     }
 
-    // Around the button and not in it, because the help is there for a disabled button too, and that hears nothing.
+    // In the parent, because a disabled button gets no hover events and has its help too.
     HoverHandler {
         id: pointer
         readonly property bool isOver: hovered && root.contains(root.mapFromItem(parent, point.position))
         parent: root.parent
         enabled: root.helpText.length > 0 && root.visible
-        // Whoever has pressed the button needs no help with it: the tip waits for the pointer's next visit.
+        // After a press the tip stays away until the pointer comes back.
         onIsOverChanged: tip.dismissed = false
     }
     onPressed: tip.dismissed = true

@@ -9,7 +9,7 @@ T.ScrollBar {
     implicitHeight: 10
     padding: 2
     minimumSize: 0.1
-    // Whoever does not see it scrolls by going from row to row.
+    // Screen readers move from row to row instead.
     Accessible.ignored: true
     visible: policy === T.ScrollBar.AlwaysOn || (policy === T.ScrollBar.AsNeeded && size < 1)
 

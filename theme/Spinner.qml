@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 
-// A small sign of work without a known end: 16 × 16, eight spokes, the leading one dark and the others fading.
+// An indeterminate progress indicator: 16 × 16, eight spokes, the leading one dark and the others fading.
 Item {
     id: root
 

@@ -17,7 +17,8 @@ namespace dunmere {
 
 namespace {
 
-/// QFileDialog stores its layout and history when it closes. This program keeps nothing, so its settings lead nowhere.
+/// QFileDialog stores its layout and history when it closes. This program stores nothing, so its settings go to
+/// /dev/null.
 void keepNoSettings() {
   QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
 }
@@ -73,7 +74,7 @@ std::optional<FileUrl> FolderChooser::choose(const std::string& message) const {
   placeAboveActiveWindow(dialog);
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   const QStringList chosen = dialog.selectedFiles();
-  // Several are none, rather than one that nobody meant.
+  // With several it is not clear which one was meant.
   if (chosen.size() != 1) return std::nullopt;
   return folderAt(chosen.constFirst());
 }

@@ -21,8 +21,8 @@ std::unique_ptr<UrlOpener> makePlatformUrlOpener();
 std::unique_ptr<Desktop> makePlatformDesktop(FileSystem& fileSystem, UrlOpener& urlOpener);
 
 /// Whether this machine has a graphics processor, by the devices in the folder `devices` that drivers offer to
-/// programs. Without one OpenGL is emulated: a window takes twice as long to appear and three times the processor time
-/// for every frame that Qt's own painting takes, which a sweep then lacks. Any thread.
+/// programs. Without one OpenGL is emulated: that slows down the start and every frame, and takes processor time from
+/// the sweep. Any thread.
 bool hasGraphicsProcessor(const std::string& devices = "/dev");
 
 }  // namespace dunmere

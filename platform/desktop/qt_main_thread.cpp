@@ -24,7 +24,7 @@ void QtMainThread::closeForQuit() {
     const std::lock_guard lock(mutex_);
     receiver.swap(receiver_);
   }
-  // Goes here with its queued work, without the lock: what that work holds may post once more as it is destroyed.
+  // Destroyed here with its queued work, without the lock: destructors of that work may call post().
 }
 
 }  // namespace dunmere

@@ -20,7 +20,7 @@ namespace {
   throw std::runtime_error(std::string(what) + ": " + u_errorName(code));
 }
 
-/// ICU calls the C locale "en_US_POSIX" and gives it the order of the bytes, which is no order for people.
+/// ICU calls the C locale "en_US_POSIX" and orders it by bytes, which is no order for people.
 bool isPosix(std::string_view locale) {
   const std::string_view name = locale.substr(0, locale.find_first_of(".@"));
   return name.empty() || name == "C" || name == "POSIX" || name == "en_US_POSIX";
@@ -34,11 +34,11 @@ std::string icuLocale(const std::string& locale) {
   return U_SUCCESS(code) && code != U_STRING_NOT_TERMINATED_WARNING ? canonical : "";
 }
 
-/// Room for `size` elements, on the stack if they are as few as those of nearly every name.
+/// A buffer of `size` elements, on the stack when `usual` is enough, as for nearly every name.
 template <typename Element, std::size_t usual>
-class Room {
+class SmallBuffer {
  public:
-  explicit Room(std::size_t size) {
+  explicit SmallBuffer(std::size_t size) {
     if (size > usual) large_.resize(size);
   }
   Element* data() { return large_.empty() ? small_.data() : large_.data(); }
@@ -68,18 +68,18 @@ class Utf16Text {
   bool wasValid() const { return wasValid_; }
 
  private:
-  Room<char16_t, kUsualName> units_;
+  SmallBuffer<char16_t, kUsualName> units_;
   int32_t length_ = 0;
   bool wasValid_ = true;
 };
 
-/// ICU's key, which ends with its zero byte, below any continuation.
+/// ICU's key with its zero byte at the end, which is less than any byte that could follow.
 std::string keyOf(const UCollator& collator, Utf16Text& text) {
   const auto write = [&](uint8_t* key, std::size_t size) {
     return static_cast<std::size_t>(
         ucol_getSortKey(&collator, text.units(), text.length(), key, static_cast<int32_t>(size)));
   };
-  std::array<uint8_t, 64 + 4 * kUsualName> usual;  // seldom too small: then ICU says how much it needs
+  std::array<uint8_t, 64 + 4 * kUsualName> usual;  // seldom too small; ICU then tells the size it needs
   const std::size_t size = write(usual.data(), usual.size());
   std::string key(reinterpret_cast<const char*>(usual.data()), std::min(size, usual.size()));
   if (size > usual.size()) {
@@ -100,13 +100,13 @@ IcuNameOrder::IcuNameOrder(const std::string& locale) {
   // ICU falls back on a default from the environment, and ICU 76 crashes when that names no locale.
   uloc_setDefault("root", &code);
   collator_.reset(ucol_open(icuLocale(locale).c_str(), &code));
-  if (U_FAILURE(code)) {  // a setting that names no locale is no reason to have no order
+  if (U_FAILURE(code)) {  // the setting names no locale: use the root order
     code = U_ZERO_ERROR;
     collator_.reset(ucol_open("", &code));
   }
   if (U_FAILURE(code)) fail("No collation data", code);
   ucol_setStrength(collator_.get(), UCOL_SECONDARY);
-  // A locale may have settings of its own; the order of names has these in every locale.
+  // Some locales change these settings; names are ordered by the same ones everywhere.
   ucol_setAttribute(collator_.get(), UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &code);
   ucol_setAttribute(collator_.get(), UCOL_NUMERIC_COLLATION, UCOL_OFF, &code);
   ucol_setAttribute(collator_.get(), UCOL_CASE_LEVEL, UCOL_OFF, &code);

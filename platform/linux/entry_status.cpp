@@ -44,12 +44,12 @@ std::chrono::nanoseconds durationOf(std::int64_t seconds, std::int64_t nanosecon
 
 std::chrono::nanoseconds systemClock() {
   timespec time{};
-  ::clock_gettime(CLOCK_REALTIME_COARSE, &time);  // by which file systems note times; cannot fail
+  ::clock_gettime(CLOCK_REALTIME_COARSE, &time);  // the clock of file systems' timestamps; cannot fail
   return durationOf(time.tv_sec, time.tv_nsec);
 }
 
-/// Whether the folder lies on a file system of this machine's own, which nobody changes from elsewhere. Unknown types
-/// count as remote: a wrong guess then costs time, not a wrong listing.
+/// Whether the folder lies on a local file system, which no other machine changes. Unknown types count as remote: a
+/// wrong guess then costs time, not a wrong listing.
 bool isLocal(int folder) {
   constexpr auto kLocal =
       std::to_array<std::uint32_t>({BTRFS_SUPER_MAGIC, EXT4_SUPER_MAGIC, F2FS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC,
@@ -83,11 +83,11 @@ std::optional<EntryAttributes> entryStatus(int folder, const char* name) {
 }
 
 std::optional<FolderStamp> folderStamp(int folder) {
-  // Each of the local file systems notes when a folder was changed, in steps of up to one second (old ext4).
+  // The timestamps of local file systems advance in steps of up to one second (old ext4).
   constexpr std::chrono::seconds kLongestStep{1};
   constexpr unsigned kMask = STATX_INO | STATX_CTIME;
   if (!isLocal(folder)) return std::nullopt;
-  // Asked first: a change after the folder's status was read is noted with this time at least.
+  // Read before the status: any later change then has this timestamp or a later one.
   const std::chrono::nanoseconds now = systemClock();
   struct statx status{};
   const bool isRead = readStatus(folder, "", kMask | STATX_MNT_ID | kUniqueMountNumber, status);

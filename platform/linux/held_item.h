@@ -1,4 +1,4 @@
-// HeldItem: an item and its folder held open, so that it stays known whatever happens to its path.
+// HeldItem: an item and its folder held open, so that it is recognised whatever happens to its path.
 #pragma once
 
 #include <expected>
@@ -10,8 +10,8 @@
 
 namespace dunmere {
 
-/// Neither descriptor reads or writes anything; both only name. While the item is held, its inode number is given to
-/// nothing else, even when it is deleted; and its volume cannot be unmounted.
+/// Both descriptors are O_PATH: nothing is read or written through them. While the item is held, its inode number is
+/// not used again, even when it is deleted, and its volume cannot be unmounted.
 struct HeldItem {
   UniqueDescriptor folder;
   std::string name;       ///< within the folder

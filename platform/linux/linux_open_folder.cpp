@@ -16,7 +16,7 @@ namespace dunmere {
 
 namespace {
 
-/// What one directory record tells; all attributes where it does not tell the kind. None when they cannot be read.
+/// The kind by the directory record, or all attributes where it has none. None when they cannot be read.
 std::optional<EntryAttributes> recordAttributes(int folder, const char* name, unsigned char type) {
   switch (type) {
     case DT_REG:
@@ -71,10 +71,10 @@ std::expected<void, SweepError> LinuxOpenFolder::readEntries(EntryBatch& batch) 
 
   constexpr std::size_t kBufferBytes = 64 * 1024;
   alignas(dirent64) char buffer[kBufferBytes];
-  while (batch.empty()) {  // a whole buffer may turn out to hold nothing to hand out
+  while (batch.empty()) {  // a buffer may hold nothing but left-out entries
     const ssize_t length = ::getdents64(pin->descriptor(), buffer, sizeof buffer);
     if (length < 0 && errno == EINTR) continue;
-    // A folder removed while it is open reads as ENOENT: it has vanished, and all it held with it.
+    // ENOENT: the folder was removed while it was open, so it is empty.
     if (length == 0 || (length < 0 && errno == ENOENT)) {
       ended_ = true;
       return {};

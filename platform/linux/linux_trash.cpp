@@ -31,7 +31,7 @@ std::error_code renameOntoNothing(const UniqueDescriptor& fromFolder, const std:
                                   const UniqueDescriptor& toFolder, const std::string& to) {
   if (renameat2(fromFolder.get(), from.c_str(), toFolder.get(), to.c_str(), RENAME_NOREPLACE) == 0) return {};
   if (errno != EINVAL) return systemCode(errno);
-  // A file system that knows only the plain rename. It is used on names that nobody else has reason to take.
+  // The file system has no RENAME_NOREPLACE. The check below can race, but no other program uses these names.
   struct stat taken{};
   if (fstatat(toFolder.get(), to.c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0) return systemCode(EEXIST);
   if (renameat(fromFolder.get(), from.c_str(), toFolder.get(), to.c_str()) == 0) return {};
@@ -56,7 +56,7 @@ std::error_code moveAs(const Move& move, const std::string& name) {
     record->keep();
     return {};
   }
-  // Where it cannot go back, its record must stay with it.
+  // If it cannot go back, its record must stay.
   if (renameOntoNothing(move.trash.files, name, held.folder, held.name)) record->keep();
   return isRightOne ? systemCode(ESTALE) : isRightOne.error();
 }
@@ -70,8 +70,8 @@ std::error_code moveUnderFreeName(const Move& move) {
   return code == std::errc::cross_device_link ? systemCode(ENOTSUP) : code;
 }
 
-/// What is in memory is gone with the next start: no Trash to find anything in again. A container's overlay, which
-/// libmount counts among the system's own, is the disk there.
+/// A file system in memory gets no Trash: it is lost with the next start. A container's overlay does, although libmount
+/// counts it as a pseudo file system: there it is the disk.
 bool mayHoldTrash(const MountEntry& mount) {
   return holdsUserFiles(mount) || mount.fileSystem == "overlay";
 }

@@ -36,7 +36,7 @@ bool isImageOrLayer(std::string_view fileSystem) {
 bool isWholeVolume(const MountEntry& mount) {
   if (mount.root == "/") return true;
   if (mount.fileSystem == "btrfs") return mount.root == mount.subvolume;
-  // A share may be mounted from one of its folders on, which its source then names.
+  // A folder of a share may be mounted; the source then ends with that folder.
   return isShare(mount) && mount.source.ends_with(mount.root);
 }
 
@@ -55,7 +55,7 @@ bool isBootOrEfi(const MountEntry& mount) {
   return mount.fileSystem == "vfat" && (name == "efi" || name == "esp");
 }
 
-/// The system's own folders, in which nobody looks for a drive.
+/// Folders of the system, where nobody looks for a drive.
 bool isSystemPlace(const MountEntry& mount) {
   static constexpr auto kNever = std::to_array(
       {"/dev", "/gnu", "/nix", "/ostree", "/proc", "/snap", "/sys", "/sysroot", "/usr", "/var/lib", "/var/snap"});
@@ -65,7 +65,7 @@ bool isSystemPlace(const MountEntry& mount) {
   return isBelowAny(mount.mountPoint, kNever) || (!isShare(mount) && isBelowAny(mount.mountPoint, kOnlyShares));
 }
 
-/// The folder that a mount point was is gone, and with it the way to the mount.
+/// The mount point's folder was deleted, so no path leads to the mount.
 bool isDetached(std::string_view mountPoint) {
   return mountPoint.ends_with("//deleted");
 }
@@ -78,8 +78,7 @@ bool holdsUserFiles(const MountEntry& mount) {
 }
 
 bool isOfferedMount(const MountEntry& mount) {
-  if (mount.mountPoint == "/")
-    return true;  // be it a container's overlay or a live system's memory: it is what is there
+  if (mount.mountPoint == "/") return true;  // also a container's overlay or a live system in memory
   return holdsUserFiles(mount) && isWholeVolume(mount) && !isHidden(mount.mountPoint) && !isBootOrEfi(mount) &&
          !isSystemPlace(mount) && !isDetached(mount.mountPoint);
 }

@@ -39,22 +39,22 @@ MountEntry entryOf(libmnt_fs* mount) {
           .isNetwork = mnt_fs_is_netfs(mount) == 1};
 }
 
-/// The first mount's parent is outside of what this process sees, or the mount itself.
+/// Null for the first mount, whose parent is not in the table or is the mount itself.
 const MountEntry* parentOf(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
   const auto parent = std::ranges::find(mounts, mount.parentId, &MountEntry::id);
   return parent == mounts.end() || parent->id == mount.id ? nullptr : &*parent;
 }
 
-/// Whether another mount lies on the whole of `mount`: its parent is `mount` and its folder the same.
-bool isOverlaid(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
+/// Whether another mount covers all of `mount`: it is mounted on its root.
+bool isCovered(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
   return std::ranges::any_of(mounts, [&mount](const MountEntry& other) {
     return other.parentId == mount.id && other.id != mount.id && other.mountPoint == mount.mountPoint;
   });
 }
 
-/// Whether another mount on the same parent bars the way to `mount`: one at a folder above it (mounted later, or it
-/// would be the parent), or a later one at the same folder (the result of propagation).
-bool isBarred(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
+/// Whether another mount on the same parent hides the mount point of `mount`: one at a folder above it (mounted later,
+/// or it would be the parent), or a later one at the same folder (the result of propagation).
+bool isHidden(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
   bool isLater = false;
   for (const MountEntry& other : mounts) {
     if (other.id == mount.id) {
@@ -67,10 +67,10 @@ bool isBarred(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
 }
 
 bool isReachable(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
-  if (isOverlaid(mounts, mount)) return false;
-  std::size_t climbed = 0;
+  if (isCovered(mounts, mount)) return false;
+  std::size_t steps = 0;
   for (const MountEntry* step = &mount; step != nullptr; step = parentOf(mounts, *step)) {
-    if (isBarred(mounts, *step) || ++climbed > mounts.size()) return false;
+    if (isHidden(mounts, *step) || ++steps > mounts.size()) return false;
   }
   return true;
 }
@@ -88,7 +88,7 @@ std::expected<std::vector<MountEntry>, int> readMountTable(const std::string& fi
   const Table table(mnt_new_table(), &mnt_unref_table);
   const Iterator iterator(mnt_new_iter(MNT_ITER_FORWARD), &mnt_free_iter);
   if (!table || !iterator) return std::unexpected(ENOMEM);
-  // A negative result is an errno value, a positive one a number of lines that made no sense and were left out.
+  // A negative result is an errno value, a positive one the number of lines that could not be parsed.
   if (const int result = mnt_table_parse_file(table.get(), file.c_str()); result < 0) return std::unexpected(-result);
   std::vector<MountEntry> mounts;
   for (libmnt_fs* mount = nullptr; mnt_table_next_fs(table.get(), iterator.get(), &mount) == 0;) {

@@ -16,7 +16,7 @@ struct MountEntry {
   std::string fileSystem;  ///< type, "ext4"
   std::string source;      ///< device, share, or any other word
   std::string subvolume;   ///< the btrfs subvolume that the root lies in; else empty
-  bool isPseudo = false;   ///< made by the kernel or in memory: holds nobody's files on a disk
+  bool isPseudo = false;   ///< made by the kernel or in memory: holds no files on a disk
   bool isNetwork = false;
 
   friend bool operator==(const MountEntry&, const MountEntry&) = default;
@@ -26,7 +26,7 @@ struct MountEntry {
 /// of mountinfo. Touches no mounted file system. Fails with an errno value. Any thread.
 std::expected<std::vector<MountEntry>, int> readMountTable(const std::string& file = "/proc/self/mountinfo");
 
-/// The entries that a path can lead to: not those below or under a later mount. Keeps the order.
+/// The mounts that a path can reach: not those that a later mount hides. Keeps the order.
 std::vector<MountEntry> withoutHiddenMounts(const std::vector<MountEntry>& mounts);
 
 }  // namespace dunmere

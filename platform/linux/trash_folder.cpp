@@ -21,8 +21,8 @@ constexpr mode_t kOwnersOnly = 0700;
 template <typename Value>
 using Found = std::expected<Value, std::error_code>;
 
-/// An entry can be renamed from one folder into another when both have the same of these. The device alone does not
-/// tell a bind mount from its origin; the mount alone does not tell the subvolumes of btrfs apart.
+/// A rename works between folders with equal values. A bind mount has the device of its origin, and the subvolumes of a
+/// btrfs share one mount, so neither number is enough.
 struct Volume {
   std::uint64_t mount = 0;
   std::uint64_t device = 0;
@@ -48,8 +48,8 @@ Found<UniqueDescriptor> ensureFolder(const UniqueDescriptor& parent, const std::
   return openFolder(parent.get(), name, O_NOFOLLOW);
 }
 
-/// ENOTSUP for a Trash that there cannot be; anything else has a reason of its own, such as a full volume.
-std::error_code withoutTrash(std::error_code code) {
+/// Maps “no Trash possible here” to ENOTSUP; other reasons, such as a full volume, stay.
+std::error_code mappedToNotSupported(std::error_code code) {
   const bool impossible = code == std::errc::permission_denied || code == std::errc::operation_not_permitted ||
                           code == std::errc::not_a_directory || code == std::errc::no_such_file_or_directory ||
                           code == std::errc::too_many_symbolic_link_levels;
@@ -63,13 +63,13 @@ bool isOwnOn(const Volume& volume, const UniqueDescriptor& trash) {
 
 Found<TrashFolder> openInside(const UniqueDescriptor& trash, std::string top) {
   auto files = ensureFolder(trash, "files");
-  if (!files) return std::unexpected(withoutTrash(files.error()));
+  if (!files) return std::unexpected(mappedToNotSupported(files.error()));
   auto info = ensureFolder(trash, "info");
-  if (!info) return std::unexpected(withoutTrash(info.error()));
+  if (!info) return std::unexpected(mappedToNotSupported(info.error()));
   return TrashFolder{std::move(*files), std::move(*info), std::move(top)};
 }
 
-// The environment says where the user's data is, as it does for every program of the desktop.
+// As the XDG Base Directory Specification says.
 std::string dataHome() {
   const char* const data = std::getenv("XDG_DATA_HOME");
   if (data != nullptr && data[0] == '/') return data;
@@ -92,7 +92,7 @@ Found<UniqueDescriptor> ensureFolders(const FileUrl& url) {
   return openFolder(AT_FDCWD, url.path());
 }
 
-/// Climbs from the folder to the last one above it that is on its volume.
+/// The topmost folder above this one on the same volume.
 Found<UniqueDescriptor> topOf(const Volume& volume, const UniqueDescriptor& folder) {
   auto top = openFolder(folder.get(), ".");
   while (top) {
@@ -115,7 +115,7 @@ Found<UniqueDescriptor> openShared(const Volume& volume, const UniqueDescriptor&
   const auto shared = openFolder(top.get(), ".Trash", O_NOFOLLOW);
   if (!shared) return systemFailure(ENOTSUP);
   struct stat status{};
-  // Without the sticky bit anybody could take another one's folder away.
+  // Without the sticky bit any user could remove another one's folder.
   if (fstat(shared->get(), &status) != 0 || (status.st_mode & S_ISVTX) == 0) return systemFailure(ENOTSUP);
   auto trash = ensureFolder(*shared, std::to_string(geteuid()));
   if (trash && !isOwnOn(volume, *trash)) return systemFailure(ENOTSUP);
@@ -135,13 +135,13 @@ std::expected<std::optional<TrashFolder>, std::error_code> openHomeTrash(const H
   if (!volume) return std::unexpected(volume.error());
   const FileUrl data(dataHome());
   const auto nearest = openNearest(data);
-  if (!nearest && withoutTrash(nearest.error()) == std::errc::not_supported) return std::nullopt;
+  if (!nearest && mappedToNotSupported(nearest.error()) == std::errc::not_supported) return std::nullopt;
   if (!nearest) return std::unexpected(nearest.error());
   const auto homeVolume = volumeOf(*nearest);
   if (!homeVolume) return std::unexpected(homeVolume.error());
   if (*homeVolume != *volume) return std::nullopt;
   const auto trash = ensureFolders(data.appending("Trash"));
-  if (!trash) return std::unexpected(withoutTrash(trash.error()));
+  if (!trash) return std::unexpected(mappedToNotSupported(trash.error()));
   if (!isOwnOn(*volume, *trash)) return systemFailure(ENOTSUP);
   return openInside(*trash, {});
 }
@@ -155,7 +155,7 @@ std::expected<TrashFolder, std::error_code> openVolumeTrash(const HeldItem& held
   if (!topPath) return std::unexpected(topPath.error());
   auto trash = openShared(*volume, *top);
   if (!trash) trash = openPrivate(*volume, *top);
-  if (!trash) return std::unexpected(withoutTrash(trash.error()));
+  if (!trash) return std::unexpected(mappedToNotSupported(trash.error()));
   return openInside(*trash, std::move(*topPath));
 }
 

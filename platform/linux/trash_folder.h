@@ -12,15 +12,15 @@
 namespace dunmere {
 
 struct TrashFolder {
-  UniqueDescriptor files;  ///< what was moved lies here
-  UniqueDescriptor info;   ///< and here the record of where it came from, of the same name and ".trashinfo"
+  UniqueDescriptor files;  ///< the items
+  UniqueDescriptor info;   ///< their records, each of the item's name and ".trashinfo"
   std::string top;         ///< origins are recorded relative to this absolute path; empty: they are absolute
 };
 
 /// The Trash in the user's home, made when missing: $XDG_DATA_HOME/Trash, else ~/.local/share/Trash. None when the home
 /// is not on the item's volume, since items are only ever renamed. Links on the way to it are the user's own and are
-/// followed. Fails with ENOTSUP when what is there cannot serve: it is no folder, another user's, or on another volume;
-/// otherwise with the system's code. Any thread.
+/// followed. Fails with ENOTSUP when there is something else in its place: no folder, another user's, or one on another
+/// volume; otherwise with the system's code. Any thread.
 std::expected<std::optional<TrashFolder>, std::error_code> openHomeTrash(const HeldItem& held);
 
 /// The user's Trash in the top folder of the item's volume, made when missing: .Trash/UID where the administrator has

@@ -41,7 +41,7 @@ std::error_code writeAll(int file, std::string_view text) {
     if (written < 0) return systemCode(errno);
     text.remove_prefix(static_cast<std::size_t>(written));
   }
-  // Else a power failure could keep the move and lose the record. EINVAL: a file system that has nothing to wait for.
+  // Otherwise a power failure could keep the move and lose the record. EINVAL: the file system has no fsync.
   if (fsync(file) != 0 && errno != EINVAL) return systemCode(errno);
   return {};
 }
@@ -74,7 +74,7 @@ TrashRecord::TrashRecord(TrashRecord&& other) noexcept
     : folder_(std::exchange(other.folder_, nullptr)), fileName_(std::move(other.fileName_)) {}
 
 TrashRecord::~TrashRecord() {
-  // A record without its item does no harm, should it have to stay.
+  // If this fails, a record without an item stays, which does no harm.
   if (folder_ != nullptr) unlinkat(folder_->get(), fileName_.c_str(), 0);
 }
 

@@ -10,8 +10,8 @@
 
 namespace dunmere {
 
-/// Written before its item comes, so that at no moment an item lies in the Trash without its origin. Removed at the end
-/// of its life unless it is kept. Its folder must outlive it.
+/// Written before the item is moved, so that no item is ever in the Trash without its origin. The destructor removes it
+/// unless keep() was called. Its folder must outlive it.
 class TrashRecord {
  public:
   /// Writes `text` for an item that is to be called `name` in the Trash, down to the disk. Fails with the system's code
@@ -28,7 +28,7 @@ class TrashRecord {
  private:
   TrashRecord(const UniqueDescriptor& folder, std::string fileName);
 
-  const UniqueDescriptor* folder_;  ///< null: not to be removed (any more)
+  const UniqueDescriptor* folder_;  ///< null once the record is kept
   std::string fileName_;
 };
 

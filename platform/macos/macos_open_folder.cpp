@@ -35,7 +35,7 @@ std::expected<void, SweepError> MacosOpenFolder::acceptUnlessElsewhere(std::expe
 
 std::expected<void, SweepError> MacosOpenFolder::end(int error) {
   ended_ = true;
-  // A folder removed while it is open has vanished, and all it held with it.
+  // ENOENT: the folder was removed while it was open, so it is empty.
   if (error == 0 || error == ENOENT || error == kContentIsElsewhere) return {};
   return failure(error);
 }
@@ -43,9 +43,9 @@ std::expected<void, SweepError> MacosOpenFolder::end(int error) {
 std::expected<FolderDescriptors::Pin, int> MacosOpenFolder::readingDescriptor() {
   auto pin = descriptor();
   if (!pin || pin->generation() == readGeneration_) return pin;
-  // A new descriptor starts at the first entry, and the system lets nobody begin anywhere else.
+  // A new descriptor starts at the first entry, and macOS cannot seek in a folder.
   readGeneration_ = pin->generation();
-  toPassOver_ = recordsRead_;
+  toSkip_ = recordsRead_;
   return pin;
 }
 
@@ -57,7 +57,7 @@ std::expected<void, SweepError> MacosOpenFolder::readEntries(EntryBatch& batch) 
 
   constexpr std::size_t kBufferBytes = 64 * 1024;  // a thread's stack may be as small as 512 KiB
   alignas(8) std::array<std::byte, kBufferBytes> buffer;
-  while (batch.empty()) {  // a whole buffer may turn out to hold nothing to hand out
+  while (batch.empty()) {  // a buffer may hold nothing but left-out entries
     const auto count = readAttributeRecords(pin->descriptor(), detail_, buffer);
     if (!count) return end(count.error());
     if (*count == 0) return end(0);
@@ -67,7 +67,7 @@ std::expected<void, SweepError> MacosOpenFolder::readEntries(EntryBatch& batch) 
 }
 
 bool MacosOpenFolder::addRecords(std::span<const std::byte> records, std::size_t count, EntryBatch& batch) {
-  for (; toPassOver_ > 0 && count > 0; --toPassOver_, --count) {
+  for (; toSkip_ > 0 && count > 0; --toSkip_, --count) {
     if (!takeAttributeRecord(records)) return false;
   }
   recordsRead_ += count;

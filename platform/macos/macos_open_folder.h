@@ -42,8 +42,8 @@ class MacosOpenFolder final : public PosixOpenFolder {
 
   // The reader's alone.
   std::uint64_t readGeneration_ = 0;
-  std::size_t recordsRead_ = 0;  // those that were handed out or left out
-  std::size_t toPassOver_ = 0;   // records that a new descriptor tells once more
+  std::size_t recordsRead_ = 0;  // returned or left out
+  std::size_t toSkip_ = 0;       // already read with an earlier descriptor
   bool ended_ = false;
 };
 

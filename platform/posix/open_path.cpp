@@ -11,7 +11,7 @@ namespace dunmere {
 
 namespace {
 
-/// A hop needs no permission but to go through it.
+/// For the folders on the way, which need search permission only.
 #ifdef O_PATH
 constexpr int kHopFlags = O_PATH | O_DIRECTORY;
 #else
@@ -19,7 +19,7 @@ constexpr int kHopFlags = O_SEARCH;
 #endif
 
 std::expected<UniqueDescriptor, int> openAt(int folder, std::string_view path, int flags) {
-  // What is left after the last hop may be nothing but slashes: the hop itself is meant.
+  // Empty when only slashes were left: then the folder itself is meant.
   const std::string terminated(path.empty() ? "." : path);
   UniqueDescriptor opened(::openat(folder, terminated.c_str(), flags | O_CLOEXEC));
   if (!opened) return std::unexpected(errno);

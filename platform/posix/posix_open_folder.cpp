@@ -26,8 +26,8 @@ PosixOpenFolder::~PosixOpenFolder() {
   releaseInTurn(std::move(parent_));
 }
 
-/// Gives up one folder's share of its parent. A chain of ten thousand folders must not end in as many nested
-/// destructors: a destructor that runs inside another one only leaves its parent for the outermost one to release.
+/// Releases a parent without recursion: ten thousand nested folders must not end in as many nested destructors. A
+/// destructor that runs inside another one leaves its parent to the outermost one, which releases them in a loop.
 void PosixOpenFolder::releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noexcept {
   thread_local std::shared_ptr<PosixOpenFolder>* next = nullptr;
   if (next != nullptr) {

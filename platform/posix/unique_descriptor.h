@@ -1,4 +1,4 @@
-// UniqueDescriptor: a file descriptor that is closed by its owner's end.
+// UniqueDescriptor: owns a file descriptor and closes it.
 #pragma once
 
 #include <unistd.h>
@@ -18,7 +18,7 @@ class UniqueDescriptor {
     return *this;
   }
   ~UniqueDescriptor() {
-    // The descriptor is gone whatever close() says, and nothing was written through it.
+    // The descriptor is closed even when close() fails, and nothing was written that could be lost.
     if (descriptor_ >= 0) ::close(descriptor_);
   }
 

@@ -30,7 +30,7 @@ Rectangle {
             viewModel: root.viewModel
         }
 
-        /// To where it was before the question took it; to the columns when the button there has nothing to do any more.
+        /// Back to the item that had it before the question; to the columns when that is disabled by now.
         function takeKeyboardBack() {
             const holder = Window.activeFocusItem;
             if (holder && holder !== Window.contentItem)
@@ -49,7 +49,7 @@ Rectangle {
     Connections {
         target: root.viewModel
 
-        // A sweep starts in the picker only; back there the sidebar may have led, and keeps the keyboard.
+        // A sweep starts in the picker only. The sidebar leads back there, and then keeps the keyboard.
         function onBrowsingChanged() {
             if (root.viewModel.browsing)
                 browser.takeKeyboard();

@@ -55,14 +55,14 @@ Rectangle {
         anchors.fill: parent
         clip: true
         reuseItems: true
-        // Rows off the screen would take part in every snapshot; one that scrolls in is made in no time.
+        // Rows off the screen would be updated by every snapshot, and a row is created quickly when it scrolls in.
         cacheBuffer: 0
         boundsBehavior: Flickable.StopAtBounds
         activeFocusOnTab: activeFocus || root.isTabStop
         keyNavigationEnabled: false
         highlightFollowsCurrentItem: false
         model: root.rows
-        // The rows go before the view when the whole pane goes.
+        // The rows are destroyed before the view when the pane is.
         currentIndex: root.rows ? root.rows.focusedRow : -1
 
         Accessible.role: Accessible.List
@@ -188,7 +188,7 @@ Rectangle {
                 preventStealing = event.source === Qt.MouseEventNotSynthesized;
                 const row = list.indexAt(event.x, event.y + y);
                 const item = list.itemAtIndex(row);
-                pressedTop = item ? item.y - y + placeInWindow() : 0;
+                pressedTop = item ? item.y - y + topInWindow() : 0;
                 pressedBottom = item ? pressedTop + item.height : 0;
                 root.rows.pressedRow = row;
             }
@@ -204,11 +204,11 @@ Rectangle {
             onCanceled: root.rows.pressedRow = -1
 
             function isInPressed(pointerY: real): bool {
-                const place = pointerY + placeInWindow();
-                return place >= pressedTop && place < pressedBottom;
+                const windowY = pointerY + topInWindow();
+                return windowY >= pressedTop && windowY < pressedBottom;
             }
 
-            function placeInWindow(): real {
+            function topInWindow(): real {
                 return list.mapToItem(null, 0, 0).y;
             }
         }
@@ -243,7 +243,7 @@ Rectangle {
             list.forceLayout();
             const most = Math.max(0, list.contentHeight - list.height);
             const wanted = list.originY + Math.min(scrollKeeper.offset, most);
-            // Setting the same place again would stop a scroll under way.
+            // Assigning the same value would stop a scroll in progress.
             if (list.contentY !== wanted)
                 list.contentY = wanted;
         }

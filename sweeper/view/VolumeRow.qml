@@ -14,8 +14,8 @@ Item {
 
     signal pressed
 
-    // Icon and name share a baseline, and the larger icon reaches above the name: by what it does with DejaVu, or the row
-    // would be higher with one font than with another.
+    // Icon and name share a baseline, and the larger icon is higher than the name, by this much with DejaVu. A constant,
+    // so that the row has the same height with every font.
     readonly property int iconRise: 6
 
     objectName: "volumeRow" + index

@@ -61,7 +61,7 @@ void ColumnListModel::closeColumnsFrom(std::size_t depth) {
   beginRemoveRows({}, static_cast<int>(depth), count() - 1);
   columns_.resize(depth);
   endRemoveRows();
-  // Views destroy their items later in the event loop, so the rows that these show go later still.
+  // Views destroy their items later in the event loop; the models that these show must outlive them.
   for (const Column& column : closed) column.rows->deleteLater();
 }
 

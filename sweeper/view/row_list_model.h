@@ -26,7 +26,8 @@ class RowListModel : public QAbstractListModel {
   Q_PROPERTY(int count READ count NOTIFY countChanged FINAL)
   /// The row that the mouse button went down on, -1 for none. Follows the row; -1 when the row goes.
   Q_PROPERTY(int pressedRow READ pressedRow WRITE setPressedRow NOTIFY pressedRowChanged FINAL)
-  /// The row that the keyboard acts on, -1 for none. Follows the row; when the row goes, the one in its place is it.
+  /// The row that the keyboard acts on, -1 for none. Follows the row; when the row goes, the row that takes its
+  /// position.
   Q_PROPERTY(int focusedRow READ focusedRow WRITE setFocusedRow NOTIFY focusedRowChanged FINAL)
 
  public:

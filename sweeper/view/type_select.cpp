@@ -56,7 +56,7 @@ int TypeSelect::find(const QAbstractItemModel* rows, int current, const QString&
   setTyped(typed_ + text);
   const QString letters = folded(typed_);
   if (letters.isEmpty()) return -1;
-  // The next letters tell more of the row that was found, the first leaves the row that it may stand on already.
+  // A longer beginning may still match the current row; a first letter goes on to the next match.
   if (!isOneLetterAgain(letters)) return rowBeginningWith(letters, *rows, std::max(current, 0));
   const int next = rowBeginningWith(letters.first(1), *rows, current + 1);
   const int row = begins || next < 0 ? -1 : rowBeginningWith(letters, *rows, std::max(current, 0));

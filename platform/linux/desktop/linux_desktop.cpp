@@ -58,7 +58,7 @@ std::unique_ptr<Desktop> makePlatformDesktop(FileSystem& fileSystem, UrlOpener& 
 }
 
 bool hasGraphicsProcessor(const std::string& devices) {
-  std::error_code ignored;  // what cannot be looked at is of no use to this program either
+  std::error_code ignored;  // a device that cannot be seen cannot be used either
   const fs::directory_iterator nodes(fs::path(devices) / "dri", ignored);
   if (std::ranges::any_of(nodes, isRenderNode)) return true;
   // NVIDIA's driver and that of Windows' own virtual machines offer theirs elsewhere.
