@@ -1,4 +1,4 @@
-#include "tests/platform/private_bus.h"
+#include "tests/platform/desktop/private_bus.h"
 
 #include <QTemporaryFile>
 #include <stdexcept>

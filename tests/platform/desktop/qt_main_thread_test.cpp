@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/platform/event_loop.h"
+#include "tests/platform/desktop/event_loop.h"
 
 namespace dunmere::test {
 namespace {

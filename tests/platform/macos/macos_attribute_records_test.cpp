@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/macos/attribute_records.h"
-#include "tests/platform/macos_attribute_buffer.h"
+#include "tests/platform/macos/macos_attribute_buffer.h"
 #include "tests/support/random_seed.h"
 
 namespace dunmere::test {

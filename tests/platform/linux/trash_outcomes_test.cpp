@@ -21,7 +21,7 @@
 #include "platform/posix/unique_descriptor.h"
 #include "platform/trash.h"
 #include "sweeper/error_text.h"
-#include "tests/platform/trash_room.h"
+#include "tests/platform/linux/trash_room.h"
 #include "tests/support/machine.h"
 #include "tests/support/stepped_process.h"
 

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "tests/platform/trash_room.h"
+#include "tests/platform/linux/trash_room.h"
 #include "tests/support/machine.h"
 
 namespace dunmere::test {

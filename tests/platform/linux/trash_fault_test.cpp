@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "platform/trash.h"
-#include "tests/platform/trash_room.h"
+#include "tests/platform/linux/trash_room.h"
 #include "tests/support/machine.h"
 #include "tests/support/stepped_process.h"
 

@@ -19,7 +19,7 @@
 #include <QWindow>
 #include <functional>
 
-#include "tests/platform/event_loop.h"
+#include "tests/platform/desktop/event_loop.h"
 
 namespace dunmere::test {
 namespace {

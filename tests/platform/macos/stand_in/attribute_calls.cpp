@@ -13,7 +13,7 @@
 #include <string_view>
 
 #include "platform/posix/unique_descriptor.h"
-#include "tests/platform/macos_attribute_buffer.h"
+#include "tests/platform/macos/macos_attribute_buffer.h"
 
 namespace {
 

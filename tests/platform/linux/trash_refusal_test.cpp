@@ -9,7 +9,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "tests/platform/trash_room.h"
+#include "tests/platform/linux/trash_room.h"
 #include "tests/support/machine.h"
 
 namespace dunmere::test {

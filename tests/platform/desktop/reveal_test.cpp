@@ -11,8 +11,8 @@
 #include <optional>
 
 #include "platform/linux/desktop/file_manager.h"
-#include "tests/platform/event_loop.h"
-#include "tests/platform/private_bus.h"
+#include "tests/platform/desktop/event_loop.h"
+#include "tests/platform/desktop/private_bus.h"
 #include "tests/support/fake_url_opener.h"
 
 namespace dunmere::test {

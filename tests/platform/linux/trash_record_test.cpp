@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "tests/platform/trash_room.h"
+#include "tests/platform/linux/trash_room.h"
 
 namespace dunmere::test {
 namespace {

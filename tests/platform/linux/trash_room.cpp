@@ -1,4 +1,4 @@
-#include "tests/platform/trash_room.h"
+#include "tests/platform/linux/trash_room.h"
 
 #include <dirent.h>
 #include <sys/stat.h>

@@ -8,7 +8,7 @@
 
 #include <cstdlib>
 
-#include "tests/platform/trash_room.h"
+#include "tests/platform/linux/trash_room.h"
 #include "tests/support/machine.h"
 
 namespace dunmere::test {
