@@ -62,7 +62,7 @@ std::string_view EntryNames::operator[](std::size_t position) const {
   return std::string_view(bytes_.data() + begin, ends_[position] - begin);
 }
 
-std::uint64_t ColumnRows::nextRevision() {
+std::uint64_t ColumnRows::nextGeneration() {
   static std::atomic<std::uint64_t> last = 0;
   return ++last;
 }
@@ -111,10 +111,10 @@ ColumnChanges changesBetween(const ColumnRows& before, const ColumnRows::Content
                                             .rows = {},
                                             .partialMark = false,
                                             .changes = {},
-                                            .revision = 0};
+                                            .generation = 0};
   const ColumnRows::Content& old = before.content() ? *before.content() : kNothing;
   ListMatch match = matchRows(old, after);
-  ColumnChanges changes{.since = old.revision,
+  ColumnChanges changes{.since = old.generation,
                         .steps = listChanges(match, ColumnChanges::kMostSteps),
                         .match = {},
                         .shownAnew = changedRuns(match, old, after)};

@@ -45,20 +45,20 @@ struct ColumnRow {
   friend bool operator==(const ColumnRow&, const ColumnRow&) = default;
 };
 
-/// How the rows of one revision turn into those of the next.
+/// How the rows of one generation turn into those of the next.
 struct ColumnChanges {
   /// More steps than this cost a view more than sorting its rows in place, however many rows move. With Qt 6.4 and
   /// 100,000 rows a move takes a view 0.1 ms.
   static constexpr std::size_t kMostSteps = 250;
 
-  std::uint64_t since = 0;                                     ///< revision of the rows before; 0: there were none
+  std::uint64_t since = 0;                                     ///< generation of the rows before; 0: there were none
   std::optional<std::vector<ListChange>> steps;                ///< none when more than kMostSteps would be needed
   ListMatch match;                                             ///< filled only when there are no steps
   std::vector<std::pair<std::size_t, std::size_t>> shownAnew;  ///< first and last of each run of rows with new values
 };
 
-/// An immutable value that costs no more than a pointer to copy. A name is kept once, however many revisions share it.
-/// Safe to hand between threads.
+/// An immutable value that costs no more than a pointer to copy. A name is kept once, however many generations share
+/// it. Safe to hand between threads.
 class ColumnRows {
  public:
   struct Content {
@@ -67,7 +67,7 @@ class ColumnRows {
     std::vector<ColumnRow> rows;  ///< in the order in which they are shown
     bool partialMark = false;     ///< folders' sizes are lower bounds
     ColumnChanges changes;
-    std::uint64_t revision = nextRevision();
+    std::uint64_t generation = nextGeneration();
   };
 
   ColumnRows() = default;  ///< no rows
@@ -76,7 +76,7 @@ class ColumnRows {
   std::size_t size() const { return content_ ? content_->rows.size() : 0; }
   bool empty() const { return size() == 0; }
   /// Unique in the process; 0 for rows that were never listed.
-  std::uint64_t revision() const { return content_ ? content_->revision : 0; }
+  std::uint64_t generation() const { return content_ ? content_->generation : 0; }
   const ColumnChanges& changes() const;
 
   const ColumnRow& row(std::size_t index) const { return content_->rows[index]; }
@@ -88,14 +88,14 @@ class ColumnRows {
   /// The first row of this child; none when it has no row.
   std::optional<std::size_t> find(const FileUrl& url) const;
 
-  /// The same rows in the same order, whatever their revisions.
+  /// The same rows in the same order, whatever their generations.
   friend bool operator==(const ColumnRows& a, const ColumnRows& b);
 
   /// Null for rows that were never listed.
   const std::shared_ptr<const Content>& content() const { return content_; }
 
  private:
-  static std::uint64_t nextRevision();
+  static std::uint64_t nextGeneration();
 
   std::shared_ptr<const Content> content_;
 };

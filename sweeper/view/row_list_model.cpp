@@ -22,13 +22,13 @@ int toInt(std::size_t row) {
 RowListModel::RowListModel(QObject* parent) : QAbstractListModel(parent) {}
 
 void RowListModel::update(const ColumnRows& rows, std::optional<std::size_t> selectedRow) {
-  if (rows.revision() == shown_.revision() && selectedRow == selectedRow_) return;
+  if (rows.generation() == shown_.generation() && selectedRow == selectedRow_) return;
   const QPersistentModelIndex oldSelected(selectedRow_ ? index(toInt(*selectedRow_)) : QModelIndex());
   const auto& changed = rows.changes().shownAnew;
-  const bool follows = rows.changes().since == shown_.revision() && rows.revision() != shown_.revision();
+  const bool follows = rows.changes().since == shown_.generation() && rows.generation() != shown_.generation();
   next_ = rows;
   nextSelectedRow_ = selectedRow;
-  if (rows.revision() != shown_.revision()) changeRows();
+  if (rows.generation() != shown_.generation()) changeRows();
   shown_ = std::exchange(next_, {});
   selectedRow_ = selectedRow;
   if (follows) {
@@ -43,7 +43,7 @@ void RowListModel::update(const ColumnRows& rows, std::optional<std::size_t> sel
 /// Brings the rows of next_ to where they belong.
 void RowListModel::changeRows() {
   const ColumnChanges& changes = next_.changes();
-  const bool follows = changes.since == shown_.revision();
+  const bool follows = changes.since == shown_.generation();
   if (follows && changes.steps && changes.steps->empty()) return;
   order_.resize(shown_.size());
   std::iota(order_.begin(), order_.end(), RowId{0});

@@ -263,15 +263,15 @@ TEST_F(Relisting, GoesOnWhereTheListingWasMovedTo) {
   }
 }
 
-TEST_F(Relisting, TheRevisionTellsWhetherAnyRowHasChanged) {
+TEST_F(Relisting, TheGenerationTellsWhetherAnyRowHasChanged) {
   fileSystem_.addFile("/root/folder/file", 3);
   fileSystem_.addFile("/root/file", 2);
   scan();
   list();
   const auto changes = [this] {
-    const std::uint64_t before = shown_.revision();
+    const std::uint64_t before = shown_.generation();
     list();
-    return shown_.revision() != before;
+    return shown_.generation() != before;
   };
   EXPECT_FALSE(changes());
   inventory_.hadReadErrors = true;
@@ -291,7 +291,7 @@ TEST_F(Relisting, RowsThatAreShownAlreadyAreWhereTheChangesBegin) {
   fileSystem_.addFile("/root/c", 1);
   listing_ = ColumnListing(FileUrl("/root"), shown);
   list();
-  EXPECT_EQ(shown_.changes().since, shown.revision());
+  EXPECT_EQ(shown_.changes().since, shown.generation());
   EXPECT_EQ(shown_.changes().steps, (std::vector{ListChange{ListChange::Kind::insert, 2, 1, 2}}));
 }
 
@@ -372,9 +372,9 @@ TEST_F(Relisting, ListsAsAFreshListingWould) {
     const Rows before = rows_;
     const ColumnRows shownBefore = shown_;
     ASSERT_EQ(list(), listAnew()) << "step " << step;
-    ASSERT_TRUE(rows_ == before || shown_.revision() != shownBefore.revision()) << "step " << step;
-    if (shown_.revision() == shownBefore.revision()) continue;
-    ASSERT_EQ(shown_.changes().since, shownBefore.revision());
+    ASSERT_TRUE(rows_ == before || shown_.generation() != shownBefore.generation()) << "step " << step;
+    if (shown_.generation() == shownBefore.generation()) continue;
+    ASSERT_EQ(shown_.changes().since, shownBefore.generation());
     ASSERT_EQ(applied(namesOf(before), shown_), namesOf(rows_)) << "step " << step;
     for (std::size_t row = 0; row < rows_.size(); ++row) {
       const auto old = std::ranges::find(before, rows_[row].name, &SweeperItem::name);
