@@ -1,7 +1,7 @@
 # Warnings and sanitizers for every target of the project.
 add_library(dunmere_options INTERFACE)
 target_compile_options(dunmere_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
-                       $<$<BOOL:${DUNMERE_WERROR}>:-Werror>)
+                       $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety> $<$<BOOL:${DUNMERE_WERROR}>:-Werror>)
 if(DUNMERE_SANITIZE)
   # Without vptr: that check makes system calls of its own, which tests that count or fail system calls would see.
   target_compile_options(dunmere_options INTERFACE -fsanitize=${DUNMERE_SANITIZE} -fno-sanitize=vptr

@@ -8,27 +8,19 @@
 
 namespace dunmere {
 
-namespace {
-
-bool isPackage(std::string_view name, const EntryAttributes& attributes) {
-  return attributes.isPackage || isPackageName(name);
-}
-
-}  // namespace
-
-void FolderNames::add(std::string piece) {
-  bytes_ += piece.size();
-  pieces_.push_back(std::move(piece));
+void FolderNames::add(std::string names) {
+  bytes_ += names.size();
+  chunks_.push_back(std::move(names));
 }
 
 std::string FolderNames::take() {
-  std::string& piece = pieces_[piece_];
-  const std::size_t slash = piece.find('/', offset_);
-  std::string name = piece.substr(offset_, slash - offset_);
+  std::string& chunk = chunks_[chunk_];
+  const std::size_t slash = chunk.find('/', offset_);
+  std::string name = chunk.substr(offset_, slash - offset_);
   offset_ = slash + 1;
-  if (offset_ == piece.size()) {
-    std::string().swap(piece);
-    ++piece_;
+  if (offset_ == chunk.size()) {
+    std::string().swap(chunk);
+    ++chunk_;
     offset_ = 0;
   }
   return name;
@@ -38,7 +30,7 @@ void FolderReading::begin(std::shared_ptr<OpenFolder> folder) {
   folder_ = std::move(folder);
   subfolders_ = {};
   failed_ = false;
-  read(part_);
+  read(chunk_);
 }
 
 void FolderReading::begin(OpenFolder& parent, std::string_view name) {
@@ -50,12 +42,12 @@ void FolderReading::begin(FolderRest rest) {
   folder_ = std::move(rest.folder);
   subfolders_ = std::move(rest.subfolders);
   failed_ = false;
-  part_ = std::move(rest.next);
+  chunk_ = std::move(rest.next);
 }
 
 bool FolderReading::readOn() {
   next_.clear();
-  if (part_.empty()) return false;
+  if (chunk_.empty()) return false;
   keepSubfolders();
   read(next_);
   return !next_.empty();
@@ -67,8 +59,8 @@ FolderRest FolderReading::takeRest() {
 
 void FolderReading::measure() {
   files_.clear();
-  if (part_.empty()) return;
-  if (folder_->measure(part_)) {
+  if (chunk_.empty()) return;
+  if (folder_->measure(chunk_)) {
     keepFiles();
   } else {
     failed_ = true;
@@ -83,18 +75,19 @@ void FolderReading::read(EntryBatch& batch) {
 
 void FolderReading::keepSubfolders() {
   std::string names;
-  for (const EntryBatch::Entry& entry : part_.entries()) {
-    const std::string_view name = part_.name(entry);
-    if (entry.attributes.kind == EntryKind::folder && !isPackage(name, entry.attributes)) (names += name) += '/';
+  for (const EntryBatch::Entry& entry : chunk_.entries()) {
+    if (entry.attributes.kind != EntryKind::folder || entry.attributes.isPackage) continue;
+    const std::string_view name = chunk_.name(entry);
+    if (!isPackageName(name)) (names += name) += '/';
   }
   if (!names.empty()) subfolders_.add(std::move(names));
 }
 
 void FolderReading::keepFiles() {
-  for (const EntryBatch::Entry& entry : part_.entries()) {
+  for (const EntryBatch::Entry& entry : chunk_.entries()) {
     if (entry.attributes.kind != EntryKind::regularFile) continue;
-    // A file system may report any size; less than nothing is none.
-    appendPackedFile(files_, part_.name(entry), std::max<std::int64_t>(entry.attributes.countedBytes(), 0));
+    // A file system may report any size, even a negative one.
+    appendPackedFile(files_, chunk_.name(entry), std::max<std::int64_t>(entry.attributes.countedBytes(), 0));
   }
 }
 

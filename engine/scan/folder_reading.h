@@ -12,35 +12,36 @@
 
 namespace dunmere {
 
-/// Names of folders, side by side, each ended by a slash (which no name holds). What has been taken is given back
-/// piece by piece, since one folder may hold a million others.
+/// Names of folders, side by side, each ended by a slash (which no name holds). Memory is given back while names are
+/// taken, since one folder may hold a million others.
 class FolderNames {
  public:
-  void add(std::string piece);
-  bool empty() const { return piece_ == pieces_.size(); }
+  /// Appends the names of one chunk.
+  void add(std::string names);
+  bool empty() const { return chunk_ == chunks_.size(); }
   /// Length in bytes of all names that were added.
   std::size_t bytes() const { return bytes_; }
   /// The next name, which must be there; in the order in which they were added.
   std::string take();
 
  private:
-  std::vector<std::string> pieces_;  // none of them is empty, but for those taken
+  std::vector<std::string> chunks_;  // none of them is empty, but for those taken
   std::size_t bytes_ = 0;
-  std::size_t piece_ = 0;
+  std::size_t chunk_ = 0;
   std::size_t offset_ = 0;
 };
 
-/// What is left of a folder behind one of its parts.
+/// What is left of a folder after one of its chunks.
 struct FolderRest {
   std::shared_ptr<OpenFolder> folder;
   EntryBatch next;         ///< entries that were read and not yet measured; not empty
-  FolderNames subfolders;  ///< of all parts before
+  FolderNames subfolders;  ///< of all chunks before
 
   /// Memory that it takes, in bytes.
   std::size_t heldBytes() const { return next.heldBytes() + subfolders.bytes(); }
 };
 
-/// Reads folders in parts of one batch. Finding out the sizes takes most of the time: as soon as the names of a part
+/// Reads folders in chunks of one batch. Finding out the sizes takes most of the time: as soon as the names of a chunk
 /// and of the next one are read, the rest of the folder may be given to another thread. Keeps its buffers from folder
 /// to folder. One thread.
 class FolderReading {
@@ -52,15 +53,15 @@ class FolderReading {
   /// Goes on with a folder.
   void begin(FolderRest rest);
 
-  /// Reads what comes behind this part; once, after begin(). Whether anything does: then takeRest() is to follow.
+  /// Reads what comes after this chunk; once, after begin(). If anything does, takeRest() must follow.
   bool readOn();
   FolderRest takeRest();
-  /// Finds out the sizes of this part's files; once, after readOn().
+  /// Finds out the sizes of this chunk's files; once, after readOn().
   void measure();
 
-  /// The packed records of this part's regular files; complete after measure().
+  /// The packed records of this chunk's regular files; complete after measure().
   std::string_view files() const { return files_; }
-  /// The folders found in this folder, packages left out; complete after its last part, the one without a rest.
+  /// The folders found in this folder, packages left out; complete after its last chunk, the one without a rest.
   FolderNames takeSubfolders() { return std::exchange(subfolders_, {}); }
   std::shared_ptr<OpenFolder> takeFolder() { return std::exchange(folder_, nullptr); }
   /// Whether the folder could not be opened, or not be read to its end.
@@ -73,7 +74,7 @@ class FolderReading {
 
   std::shared_ptr<OpenFolder> folder_;
   FolderNames subfolders_;
-  EntryBatch part_;
+  EntryBatch chunk_;
   EntryBatch next_;
   std::string files_;
   bool failed_ = false;

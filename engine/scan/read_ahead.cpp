@@ -1,33 +1,32 @@
 #include "engine/scan/read_ahead.h"
 
-#include <system_error>
+#include <new>
 #include <utility>
 
 namespace dunmere {
 
 namespace {
 
-// Enough to keep every reader busy while the consumer is held up, and small against what is counted. With 128 parts a
-// scan of 1,000,000 files took a twentieth to a tenth longer, with the cache warm as well as cold; 1,024 gain little
-// more, and descriptors of folders that wait would have to be closed and opened anew.
+// Enough to keep every reader busy while the consumer is held up, and small against what is counted; see
+// docs/performance.md.
 constexpr std::size_t kMostHeldBytes = 512 * 1024;
-constexpr std::size_t kMostTakenParts = 512;
+constexpr std::size_t kMostClaimedChunks = 512;
 
 }  // namespace
 
 ReadAhead::ReadAhead(FileSystem& fileSystem, std::shared_ptr<OpenFolder> root, unsigned readers)
-    : fileSystem_(fileSystem), firstWaiting_(order_.end()), root_(std::move(root)) {
-  order_.emplace_back(TakenPart());
+    : fileSystem_(fileSystem), firstPending_(order_.end()), root_(std::move(root)) {
+  order_.emplace_back();
   head_ = order_.begin();
   startReaders(readers);
 }
 
 ReadAhead::~ReadAhead() {
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     stop_ = true;
   }
-  workCame_.notify_all();
+  workCame_.notifyAll();
   for (std::thread& reader : readers_) reader.join();
 }
 
@@ -40,130 +39,120 @@ void ReadAhead::startReaders(unsigned readers) {
   }
 }
 
-// ---- The list, under the lock ----
+// ---- The list ----
 
+/// Whether it belongs to the same folder as the element before it.
 bool ReadAhead::isFurther(const Order::value_type& element) {
-  const TakenPart* const taken = std::get_if<TakenPart>(&element);
-  return taken != nullptr ? taken->isFurther : std::holds_alternative<WaitingRest>(element);
+  const ClaimedChunk* const chunk = std::get_if<ClaimedChunk>(&element);
+  return chunk != nullptr ? chunk->isFurther : std::holds_alternative<PendingChunk>(element);
 }
 
-ReadAhead::Order::iterator ReadAhead::firstWaiting() {
-  for (; firstWaiting_ != order_.end(); ++firstWaiting_) {
-    TakenPart* const taken = std::get_if<TakenPart>(&*firstWaiting_);
-    if (taken == nullptr) break;
-    taken->beforeFirstWaiting = true;
+ReadAhead::Iterator ReadAhead::firstPending() {
+  for (; firstPending_ != order_.end(); ++firstPending_) {
+    ClaimedChunk* const chunk = std::get_if<ClaimedChunk>(&*firstPending_);
+    if (chunk == nullptr) break;
+    chunk->beforeFirstPending = true;
   }
-  return firstWaiting_;
+  return firstPending_;
 }
 
-/// Takes the first part of what waits at `waiting`. Either that or std::bad_alloc and nothing is changed.
-ReadAhead::Claim ReadAhead::claim(Order::iterator waiting) {
-  Claim claimed = std::holds_alternative<WaitingRest>(*waiting) ? claimRest(waiting) : claimFolder(waiting);
-  if (!claimed.waiting.empty()) firstWaiting_ = std::next(claimed.place);
-  ++takenCount_;
+/// Claims the first chunk of what is `pending`. When it throws std::bad_alloc, nothing is changed.
+ReadAhead::Claim ReadAhead::claimAt(Iterator pending) {
+  Order made(1);
+  Claim claim{made.begin(), nullptr, {}};
+  ClaimedChunk& chunk = claimed(claim.chunk);
+  bool isUsedUp = true;
+  if (auto* const folders = std::get_if<PendingFolders>(&*pending)) {
+    chunk.name = folders->names.take();
+    chunk.depth = folders->depth;
+    claim.parent = folders->parent;
+    isUsedUp = folders->names.empty();
+  } else {
+    const PendingChunk& rest = std::get<PendingChunk>(*pending);
+    chunk.isFurther = true;
+    chunk.depth = rest.depth;
+    chunk.heldBytes = rest.heldBytes;
+  }
+  order_.splice(pending, made);
+  if (isUsedUp) {
+    firstPending_ = std::next(pending);
+    claim.pending.splice(claim.pending.end(), order_, pending);
+  }
+  ++claimedCount_;
   updateFull();
-  return claimed;
+  return claim;
 }
 
-ReadAhead::Claim ReadAhead::claimFolder(Order::iterator waiting) {
-  auto& folders = std::get<WaitingFolders>(*waiting);
-  Order taken;
-  auto& part = std::get<TakenPart>(taken.emplace_back(std::in_place_type<TakenPart>));
-  part.name = folders.names.take();
-  part.depth = folders.depth;
-
-  Claim claimed{taken.begin(), folders.parent, {}};
-  order_.splice(waiting, taken);
-  if (folders.names.empty()) claimed.waiting.splice(claimed.waiting.end(), order_, waiting);
-  return claimed;
-}
-
-ReadAhead::Claim ReadAhead::claimRest(Order::iterator waiting) {
-  const auto& rest = std::get<WaitingRest>(*waiting);
-  Order taken;
-  auto& part = std::get<TakenPart>(taken.emplace_back(std::in_place_type<TakenPart>));
-  part.isFurther = true;
-  part.depth = rest.depth;
-  part.heldBytes = rest.heldBytes;
-
-  Claim claimed{taken.begin(), nullptr, {}};
-  order_.splice(waiting, taken);
-  claimed.waiting.splice(claimed.waiting.end(), order_, waiting);
-  return claimed;
-}
-
-/// Changes a share of what is held.
-void ReadAhead::hold(std::size_t& share, std::size_t bytes) {
+void ReadAhead::setHeld(std::size_t& share, std::size_t bytes) {
   heldBytes_ += bytes - share;
   share = bytes;
   updateFull();
 }
 
-void ReadAhead::insertBehind(Order::iterator place, Order& waiting) {
-  if (waiting.empty()) return;
-  order_.splice(std::next(place), waiting);
-  if (!takenAt(place).beforeFirstWaiting) return;
-  const Order::iterator passed = std::exchange(firstWaiting_, std::next(place));
-  for (auto behind = std::next(firstWaiting_); behind != passed; ++behind) takenAt(behind).beforeFirstWaiting = false;
+void ReadAhead::insertAfter(Iterator chunk, Order& pending) {
+  if (pending.empty()) return;
+  order_.splice(std::next(chunk), pending);
+  if (!claimed(chunk).beforeFirstPending) return;
+  const Iterator passed = std::exchange(firstPending_, std::next(chunk));
+  for (auto it = std::next(firstPending_); it != passed; ++it) claimed(it).beforeFirstPending = false;
 }
 
 void ReadAhead::updateFull() {
-  if (heldBytes_ >= kMostHeldBytes || takenCount_ >= kMostTakenParts) {
+  if (heldBytes_ >= kMostHeldBytes || claimedCount_ >= kMostClaimedChunks) {
     full_ = true;
-  } else if (full_ && heldBytes_ <= kMostHeldBytes / 2 && takenCount_ <= kMostTakenParts / 2) {
+  } else if (full_ && heldBytes_ <= kMostHeldBytes / 2 && claimedCount_ <= kMostClaimedChunks / 2) {
     full_ = false;
-    workCame_.notify_one();
+    workCame_.notifyOne();
   }
 }
 
-bool ReadAhead::mayTakeMore() {
-  return !full_ && firstWaiting() != order_.end();
+bool ReadAhead::mayClaimMore() {
+  return !full_ && firstPending() != order_.end();
 }
 
-/// Readers wake each other one by one, so that a few waiting folders do not wake all of them at once.
+/// Readers wake each other one by one, so that a few pending folders do not wake all of them at once.
 void ReadAhead::wakeReader() {
-  if (idleReaders_ > 0 && mayTakeMore()) workCame_.notify_one();
+  if (idleReaders_ > 0 && mayClaimMore()) workCame_.notifyOne();
 }
 
-// ---- Reading, without the lock ----
+// ---- Reading ----
 
-void ReadAhead::read(Claim claimed, FolderReading& reading) try {
-  if (claimed.parent) {
-    // A name never changes, and a part stays in the list until it is finished: no lock is needed for it.
-    reading.begin(*claimed.parent, takenAt(claimed.place).name);
-    claimed.parent.reset();
+void ReadAhead::read(Claim claim, FolderReading& reading) noexcept try {
+  if (claim.parent) {
+    // A name never changes, and a chunk stays in the list until it is finished: this needs no mutex.
+    reading.begin(*claim.parent, claimed(claim.chunk).name);
+    claim.parent.reset();
   } else {
-    reading.begin(std::move(std::get<WaitingRest>(claimed.waiting.front()).rest));
+    reading.begin(std::move(std::get<PendingChunk>(claim.pending.front()).rest));
   }
-  claimed.waiting.clear();
-  readPart(claimed.place, reading);
+  claim.pending.clear();
+  readChunk(claim.chunk, reading);
 } catch (...) {
-  fail(claimed.place, std::current_exception());
+  fail(claim.chunk, std::current_exception());
 }
 
-void ReadAhead::readPart(Order::iterator place, FolderReading& reading) {
+void ReadAhead::readChunk(Iterator chunk, FolderReading& reading) {
   const bool hasRest = reading.readOn();
-  if (hasRest) insertRest(place, reading);
+  if (hasRest) insertRest(chunk, reading);
   reading.measure();
-  finish(place, reading, hasRest);
+  finish(chunk, reading, hasRest);
 }
 
-void ReadAhead::insertRest(Order::iterator place, FolderReading& reading) {
-  Order waiting;
-  auto& rest = std::get<WaitingRest>(waiting.emplace_back(std::in_place_type<WaitingRest>));
-  rest.rest = reading.takeRest();
-  const std::lock_guard lock(mutex_);
-  TakenPart& part = takenAt(place);
-  rest.depth = part.depth;
+void ReadAhead::insertRest(Iterator it, FolderReading& reading) {
+  Order pending;
+  auto& rest = std::get<PendingChunk>(pending.emplace_back(PendingChunk{reading.takeRest()}));
+  const MutexLock lock(mutex_);
+  ClaimedChunk& chunk = claimed(it);
+  rest.depth = chunk.depth;
   // The names of folders that were found went on to the rest.
-  hold(part.heldBytes, 0);
-  hold(rest.heldBytes, rest.rest.heldBytes());
-  insertBehind(place, waiting);
+  setHeld(chunk.heldBytes, 0);
+  setHeld(rest.heldBytes, rest.rest.heldBytes());
+  insertAfter(it, pending);
   wakeReader();
-  if (idleReaders_ == 0 && consumerWaits_) consumerMayGoOn_.notify_one();
+  if (idleReaders_ == 0 && consumerWaits_) consumerMayGoOn_.notifyOne();
 }
 
-void ReadAhead::finish(Order::iterator place, FolderReading& reading, bool hasRest) {
+void ReadAhead::finish(Iterator it, FolderReading& reading, bool hasRest) {
   std::string files(reading.files());
   Order subfolders;
   std::size_t nameBytes = 0;
@@ -172,24 +161,24 @@ void ReadAhead::finish(Order::iterator place, FolderReading& reading, bool hasRe
     nameBytes = names.bytes();
     std::shared_ptr<OpenFolder> folder = reading.takeFolder();
     if (!names.empty())
-      subfolders.emplace_back(WaitingFolders{std::move(folder), std::move(names), takenAt(place).depth + 1});
+      subfolders.emplace_back(PendingFolders{std::move(folder), std::move(names), claimed(it).depth + 1});
   }
-  const std::lock_guard lock(mutex_);
-  TakenPart& part = takenAt(place);
-  hold(part.heldBytes, files.size() + nameBytes);
-  part.files = std::move(files);
-  part.failed = reading.failed();
-  part.finished = true;
-  insertBehind(place, subfolders);
-  if (place == head_) consumerMayGoOn_.notify_one();
+  const MutexLock lock(mutex_);
+  ClaimedChunk& chunk = claimed(it);
+  setHeld(chunk.heldBytes, files.size() + nameBytes);
+  chunk.files = std::move(files);
+  chunk.failed = reading.failed();
+  chunk.finished = true;
+  insertAfter(it, subfolders);
+  if (it == head_) consumerMayGoOn_.notifyOne();
 }
 
-void ReadAhead::fail(Order::iterator place, std::exception_ptr fault) noexcept {
-  const std::lock_guard lock(mutex_);
-  TakenPart& part = takenAt(place);
-  part.fault = std::move(fault);
-  part.finished = true;
-  if (place == head_) consumerMayGoOn_.notify_one();
+void ReadAhead::fail(Iterator it, std::exception_ptr fault) noexcept {
+  const MutexLock lock(mutex_);
+  ClaimedChunk& chunk = claimed(it);
+  chunk.fault = std::move(fault);
+  chunk.finished = true;
+  if (it == head_) consumerMayGoOn_.notifyOne();
 }
 
 // ---- The readers ----
@@ -198,24 +187,29 @@ void ReadAhead::readAsThread() {
   fileSystem_.enterUtilityPriority();
   try {
     FolderReading reading;
-    Lock lock(mutex_);
-    while (waitForWork(lock)) {
-      Claim claimed = claim(firstWaiting());
+    const MutexLock lock(mutex_);
+    while (waitForWork()) {
+      Claim claim = claimAt(firstPending());
       wakeReader();
-      lock.unlock();
-      read(std::move(claimed), reading);
-      lock.lock();
+      readWithoutMutex(std::move(claim), reading);
     }
   } catch (const std::bad_alloc&) {
-    // Nothing is lost: what could not be taken still waits in the list. One reader less.
+    // Nothing is lost: what could not be claimed is still pending. One reader less.
   }
 }
 
-bool ReadAhead::waitForWork(Lock& lock) {
+/// False when there will be none.
+bool ReadAhead::waitForWork() {
   ++idleReaders_;
-  workCame_.wait(lock, [this] { return stop_ || mayTakeMore(); });
+  while (!stop_ && !mayClaimMore()) workCame_.wait(mutex_);
   --idleReaders_;
   return !stop_;
+}
+
+void ReadAhead::readWithoutMutex(Claim claim, FolderReading& reading) {
+  mutex_.unlock();
+  read(std::move(claim), reading);
+  mutex_.lock();
 }
 
 // ---- The consumer ----
@@ -224,34 +218,35 @@ std::optional<ReadAhead::Folder> ReadAhead::nextFolder() {
   failed_ = false;
   if (root_) {
     reading_.begin(std::exchange(root_, nullptr));
-    readPart(head_, reading_);
-  } else {
-    if (!advance()) return std::nullopt;
+    readChunk(head_, reading_);
+  } else if (!advance()) {
+    return std::nullopt;
   }
-  const TakenPart& part = takenAt(head_);
-  return Folder{part.name, part.depth};
+  const ClaimedChunk& chunk = claimed(head_);
+  return Folder{chunk.name, chunk.depth};
 }
 
-/// Drops the consumed part and goes on to the next; false when there is none. One that nobody took the consumer takes.
+/// Drops the consumed chunk and goes on to the next, which the consumer reads if nobody has claimed it; false when
+/// there is none.
 bool ReadAhead::advance() {
   Order consumed;
-  Claim claimed;
+  Claim claim;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (order_.empty()) return false;
-    if (firstWaiting_ == head_) ++firstWaiting_;
+    if (firstPending_ == head_) ++firstPending_;
     headTaken_ = false;
-    hold(takenAt(head_).heldBytes, 0);
-    --takenCount_;
+    setHeld(claimed(head_).heldBytes, 0);
+    --claimedCount_;
     consumed.splice(consumed.end(), order_, head_);
     updateFull();
     if (order_.empty()) return false;
     head_ = order_.begin();
-    if (std::holds_alternative<TakenPart>(*head_)) return true;
-    claimed = claim(head_);
-    head_ = claimed.place;
+    if (std::holds_alternative<ClaimedChunk>(*head_)) return true;
+    claim = claimAt(head_);
+    head_ = claim.chunk;
   }
-  read(std::move(claimed), reading_);
+  read(std::move(claim), reading_);
   return true;
 }
 
@@ -265,32 +260,28 @@ std::optional<std::string_view> ReadAhead::nextFiles() {
 
 /// Takes the head's files, and learns whether its folder ends with it.
 void ReadAhead::takeFiles() {
-  Lock lock(mutex_);
+  const MutexLock lock(mutex_);
   wakeReader();  // for what the consumer has found itself
-  waitForHead(lock);
-  TakenPart& part = takenAt(head_);
-  if (part.fault) std::rethrow_exception(part.fault);
-  if (part.failed) failed_ = true;
+  waitForHead();
+  ClaimedChunk& chunk = claimed(head_);
+  if (chunk.fault) std::rethrow_exception(chunk.fault);
+  if (chunk.failed) failed_ = true;
   files_.clear();
-  files_.swap(part.files);
-  hold(part.heldBytes, part.heldBytes - files_.size());
+  files_.swap(chunk.files);
+  setHeld(chunk.heldBytes, chunk.heldBytes - files_.size());
   const auto next = std::next(head_);
   folderEnded_ = next == order_.end() || !isFurther(*next);
 }
 
 /// Until the head is finished. The consumer reads ahead meanwhile: threads that fall asleep and are woken for every
-/// folder cost more than the reading. (1,000,000 files: with one reader and a warm cache in half the time, with eight
-/// readers and a cold one in nine tenths.)
-void ReadAhead::waitForHead(Lock& lock) {
-  while (!takenAt(head_).finished) {
-    if (mayTakeMore()) {
-      Claim claimed = claim(firstWaiting());
-      lock.unlock();
-      read(std::move(claimed), reading_);
-      lock.lock();
+/// folder cost more than the reading, see docs/performance.md.
+void ReadAhead::waitForHead() {
+  while (!claimed(head_).finished) {
+    if (mayClaimMore()) {
+      readWithoutMutex(claimAt(firstPending()), reading_);
     } else {
       consumerWaits_ = true;
-      consumerMayGoOn_.wait(lock);
+      consumerMayGoOn_.wait(mutex_);
       consumerWaits_ = false;
     }
   }

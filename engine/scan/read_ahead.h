@@ -1,12 +1,10 @@
 // ReadAhead: hands the folders of a tree to one consumer in depth-first order while other threads read the next ones.
 #pragma once
 
-#include <condition_variable>
 #include <cstddef>
 #include <exception>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,22 +14,23 @@
 
 #include "engine/file_system.h"
 #include "engine/scan/folder_reading.h"
+#include "engine/thread_annotations.h"
 
 namespace dunmere {
 
-/// The order of consumption is one list of *parts*: most folders are one part, a folder of many entries is several, one
-/// behind the other. The list starts with the part being consumed; behind the last part of every folder stand its
-/// sub-folders, in directory order, and they in turn come before its siblings. A part is either *taken* (some thread
-/// reads it or has read it) or *waiting*: as one of the sub-folders of a folder that was read, or as the rest of a
-/// folder whose first parts are taken. A reader takes the first that waits; so does the consumer when it gets to one
-/// that nobody took, and as long as it would otherwise have to wait for one that a reader is in. So one giant folder
-/// keeps several threads as busy as many small ones do.
+/// The order of consumption is one list. Most folders are one chunk in it, a folder of many entries is several, one
+/// after the other. The list starts with the chunk being consumed; after the last chunk of every folder come its
+/// sub-folders, in directory order, and they in turn come before its siblings. A chunk is either *claimed* (some thread
+/// reads it or has read it) or *pending*: as one of the sub-folders of a folder that was read, or as the rest of a
+/// folder whose first chunks are claimed. A reader claims the first pending one; so does the consumer when it gets to
+/// one that nobody claimed, and as long as it would otherwise wait for a reader. So one giant folder keeps several
+/// threads as busy as many small ones do.
 ///
 /// What the consumer gets does not depend on the number of readers. With none it reads everything itself. What is held
 /// in memory is bounded: at the bound nothing more is read ahead until half of it has been consumed.
 ///
 /// One thread makes, uses and destroys it; destruction waits for the readers, each of which finishes at most the one
-/// part that it is in.
+/// chunk that it is in.
 class ReadAhead {
  public:
   /// One folder as the consumer meets it. Packages and links are never met.
@@ -59,87 +58,84 @@ class ReadAhead {
   bool failed() const { return failed_; }
 
  private:
-  struct TakenPart {
-    std::string name;  // of a folder's first part
+  struct ClaimedChunk {
+    std::string name;  // of a folder's first chunk
     std::size_t depth = 0;
-    bool isFurther = false;          // not its folder's first part
-    bool beforeFirstWaiting = true;  // kept up to date for those before it; for others when they come to stand there
+    bool isFurther = false;          // not its folder's first chunk
+    bool beforeFirstPending = true;  // exact for chunks before firstPending_, updated lazily for the others
     bool finished = false;
     bool failed = false;
     std::exception_ptr fault;
-    std::string files;          // packed records, when it is finished
-    std::size_t heldBytes = 0;  // its share of heldBytes_, which counts what was read and not yet consumed
+    std::string files;          // packed records, once it is finished
+    std::size_t heldBytes = 0;  // its share of heldBytes_
   };
 
-  struct WaitingFolders {
+  struct PendingFolders {
     std::shared_ptr<OpenFolder> parent;  // kept only until the last of them is opened
     FolderNames names;
     std::size_t depth = 0;
   };
 
-  struct WaitingRest {
+  struct PendingChunk {
     FolderRest rest;
     std::size_t depth = 0;
-    std::size_t heldBytes = 0;  // as above
+    std::size_t heldBytes = 0;  // its share of heldBytes_
   };
 
-  using Order = std::list<std::variant<TakenPart, WaitingFolders, WaitingRest>>;
-  using Lock = std::unique_lock<std::mutex>;
+  using Order = std::list<std::variant<ClaimedChunk, PendingFolders, PendingChunk>>;
+  using Iterator = Order::iterator;
 
-  // A part that its taker may read now.
+  // A chunk that whoever claimed it may read now.
   struct Claim {
-    Order::iterator place;
-    std::shared_ptr<OpenFolder> parent;  // of a folder's first part
-    Order
-        waiting;  // what waited there, when nothing of it is left: a rest, or folders to be destroyed without the lock
+    Iterator chunk;
+    std::shared_ptr<OpenFolder> parent;  // of a folder's first chunk
+    Order pending;  // what it was claimed from, if nothing more is: read, and destroyed, without the mutex
   };
 
-  static TakenPart& takenAt(Order::iterator place) { return std::get<TakenPart>(*place); }
-  // Whether it belongs to the same folder as the part before.
+  static ClaimedChunk& claimed(Iterator chunk) { return std::get<ClaimedChunk>(*chunk); }
   static bool isFurther(const Order::value_type& element);
 
-  // Under the lock.
-  Order::iterator firstWaiting();
-  Claim claim(Order::iterator waiting);
-  Claim claimFolder(Order::iterator waiting);
-  Claim claimRest(Order::iterator waiting);
-  void hold(std::size_t& share, std::size_t bytes);
-  void insertBehind(Order::iterator place, Order& waiting);
-  void updateFull();
-  bool mayTakeMore();
-  void wakeReader();
+  // The list.
+  Iterator firstPending() REQUIRES(mutex_);
+  Claim claimAt(Iterator pending) REQUIRES(mutex_);
+  void setHeld(std::size_t& share, std::size_t bytes) REQUIRES(mutex_);
+  void insertAfter(Iterator chunk, Order& pending) REQUIRES(mutex_);
+  void updateFull() REQUIRES(mutex_);
+  bool mayClaimMore() REQUIRES(mutex_);
+  void wakeReader() REQUIRES(mutex_);
 
-  // Any thread.
-  void read(Claim claimed, FolderReading& reading);
-  void readPart(Order::iterator place, FolderReading& reading);
-  void insertRest(Order::iterator place, FolderReading& reading);
-  void finish(Order::iterator place, FolderReading& reading, bool hasRest);
-  void fail(Order::iterator place, std::exception_ptr fault) noexcept;
+  // Reading, on any thread, without the mutex.
+  void read(Claim claim, FolderReading& reading) noexcept;
+  void readChunk(Iterator chunk, FolderReading& reading);
+  void insertRest(Iterator chunk, FolderReading& reading);
+  void finish(Iterator chunk, FolderReading& reading, bool hasRest);
+  void fail(Iterator chunk, std::exception_ptr fault) noexcept;
 
-  // Readers.
+  // The readers.
   void startReaders(unsigned readers);
   void readAsThread();
-  bool waitForWork(Lock& lock);
+  bool waitForWork() REQUIRES(mutex_);
 
   // The consumer.
   bool advance();
   void takeFiles();
-  void waitForHead(Lock& lock);
+  void waitForHead() REQUIRES(mutex_);
+  void readWithoutMutex(Claim claim, FolderReading& reading) REQUIRES(mutex_);
 
   FileSystem& fileSystem_;
 
-  std::mutex mutex_;
-  std::condition_variable workCame_;         // a reader may take something
-  std::condition_variable consumerMayGoOn_;  // its part is finished, or there is something to take meanwhile
-  Order order_;
-  Order::iterator firstWaiting_;  // no waiting folders stand before it
-  Order::iterator head_;          // the part being consumed, the first of the list; set by the consumer alone
-  std::size_t takenCount_ = 1;
-  std::size_t heldBytes_ = 0;
-  unsigned idleReaders_ = 0;
-  bool consumerWaits_ = false;
-  bool full_ = false;
-  bool stop_ = false;
+  Mutex mutex_;
+  Condition workCame_;         // a reader may claim something
+  Condition consumerMayGoOn_;  // its chunk is finished, or there is something to claim meanwhile
+  Order order_ GUARDED_BY(mutex_);
+  Iterator firstPending_ GUARDED_BY(mutex_);  // or a claimed chunk before it: nothing pending stands before this
+  Iterator head_;                             // the chunk being consumed; the consumer alone sets it, with the mutex
+  std::size_t claimedCount_ GUARDED_BY(mutex_) = 1;
+  std::size_t heldBytes_ GUARDED_BY(mutex_) = 0;  // of what was read and not yet consumed
+  unsigned idleReaders_ GUARDED_BY(mutex_) = 0;
+  bool consumerWaits_ GUARDED_BY(mutex_) = false;
+  bool full_ GUARDED_BY(mutex_) = false;
+  bool stop_ GUARDED_BY(mutex_) = false;
 
   // The consumer's own.
   std::shared_ptr<OpenFolder> root_;  // until it is read
