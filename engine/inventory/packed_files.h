@@ -15,9 +15,6 @@ struct PackedFile {
   std::int64_t bytes = 0;
 };
 
-/// The most bytes that a record takes beyond its name.
-inline constexpr std::size_t kPackedFileOverhead = 20;
-
 /// Appends one record to `packed`. `name` is not empty, `bytes` not negative.
 void appendPackedFile(std::string& packed, std::string_view name, std::int64_t bytes);
 

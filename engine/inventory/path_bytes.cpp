@@ -1,9 +1,6 @@
 #include "engine/inventory/path_bytes.h"
 
-#include <algorithm>
-#include <iterator>
 #include <unordered_map>
-#include <vector>
 
 #include "engine/inventory/path_tree.h"
 
@@ -11,137 +8,153 @@ namespace dunmere {
 
 namespace {
 
-using Place = PathTreeSnapshot::Place;
+using FolderIndex = PathTree::FolderIndex;
+constexpr FolderIndex kRoot = PathTreeSnapshot::kRoot;
 
-// Looks many keys up on one way down the tree.
+/// What of the path key `key` lies below the folder with the key `folder`, without the slash between them; none when it
+/// does not lie there.
+std::optional<std::string_view> pathBelow(std::string_view folder, std::string_view key) {
+  if (folder.empty() || key == folder || !key.starts_with(folder)) return std::nullopt;
+  key.remove_prefix(folder.size());
+  if (folder.ends_with('/')) return key;
+  if (!key.starts_with('/')) return std::nullopt;
+  return key.substr(1);
+}
+
+/// The folder with this key.
+std::optional<FolderIndex> folderAt(const PathTreeSnapshot& tree, std::string_view key) {
+  if (key == tree.name(kRoot)) return kRoot;
+  auto path = pathBelow(tree.name(kRoot), key);
+  std::optional<FolderIndex> folder = kRoot;
+  while (path && folder) {
+    const std::size_t slash = path->find('/');
+    folder = tree.childFolder(*folder, path->substr(0, slash));
+    if (slash == std::string_view::npos) return folder;
+    path->remove_prefix(slash + 1);
+  }
+  return std::nullopt;
+}
+
+/// Looks many keys up on one way down the tree.
 class KeySearch {
  public:
   using Answers = std::vector<std::optional<std::int64_t>>;
 
-  // What is left of a key below the folder that was reached.
   struct Wanted {
-    std::optional<std::string_view> path;  // none when nothing is left
-    std::size_t key;                       // whose answer it is
+    std::string_view path;  // below the folder that was reached
+    std::size_t answer;     // where its answer goes
   };
 
   KeySearch(const PathTreeSnapshot& tree, Answers& answers) : tree_(tree), answers_(answers) {}
 
   // Trees may be deeper than the stack, so folders that are still to be searched wait in a list.
-  void search(const Place& root, std::vector<Wanted> wanted) {
-    folders_.push_back({root, std::move(wanted)});
-    while (!folders_.empty()) {
-      const Folder folder = std::move(folders_.back());
-      folders_.pop_back();
+  void search(std::vector<Wanted> wanted) {
+    pending_.push_back({kRoot, std::move(wanted)});
+    while (!pending_.empty()) {
+      const Folder folder = std::move(pending_.back());
+      pending_.pop_back();
       searchFolder(folder);
     }
   }
 
  private:
   struct Folder {
-    Place place;
-    std::vector<Wanted> wanted;  // below it
+    FolderIndex index;
+    std::vector<Wanted> wanted;
   };
 
   void searchFolder(const Folder& folder) {
     std::unordered_map<std::string_view, std::vector<Wanted>> byName;
-    for (const Wanted& one : folder.wanted) {
-      const std::size_t slash = one.path->find('/');
-      auto rest = slash == std::string_view::npos ? std::nullopt : std::optional(one.path->substr(slash + 1));
-      byName[one.path->substr(0, slash)].push_back({rest, one.key});
+    for (const Wanted& one : folder.wanted) byName[one.path.substr(0, one.path.find('/'))].push_back(one);
+    const FolderIndex end = tree_.subtreeEnd(folder.index);
+    for (FolderIndex child = folder.index + 1; child != end && !byName.empty(); child = tree_.subtreeEnd(child)) {
+      const auto found = byName.extract(tree_.name(child));
+      if (!found) continue;
+      std::vector<Wanted> below = answer(found.mapped(), found.key(), tree_.bytes(child));
+      if (!below.empty()) pending_.push_back({child, std::move(below)});
     }
-    for (auto child = tree_.firstChild(folder.place); child && !byName.empty();
-         child = tree_.nextChild(folder.place, *child)) {
-      if (const auto found = byName.extract(tree_.name(*child))) enter(*child, found.mapped());
-    }
-    for (PathTreeFiles files = tree_.files(folder.place); !files.atEnd() && !byName.empty();) {
-      const PackedFile file = files.take();
-      if (const auto found = byName.extract(file.name)) answer(found.mapped(), file.bytes);
+    auto files = tree_.files(folder.index);
+    for (auto file = files.next(); file && !byName.empty(); file = files.next()) {
+      if (const auto found = byName.extract(file->name)) answer(found.mapped(), file->name, file->bytes);
     }
   }
 
-  void enter(const Place& folder, const std::vector<Wanted>& wanted) {
-    answer(wanted, tree_.bytes(folder));
+  // Answers those that end with `name`, and returns what is left of the others.
+  std::vector<Wanted> answer(const std::vector<Wanted>& wanted, std::string_view name, std::int64_t bytes) {
     std::vector<Wanted> below;
-    std::ranges::copy_if(wanted, std::back_inserter(below), [](const Wanted& one) { return one.path.has_value(); });
-    if (!below.empty()) folders_.push_back({folder, std::move(below)});
-  }
-
-  // Of those that end here.
-  void answer(const std::vector<Wanted>& wanted, std::int64_t bytes) {
     for (const Wanted& one : wanted) {
-      if (!one.path) answers_[one.key] = bytes;
+      if (one.path.size() == name.size()) {
+        answers_[one.answer] = bytes;
+      } else {
+        below.push_back({one.path.substr(name.size() + 1), one.answer});
+      }
     }
+    return below;
   }
 
   const PathTreeSnapshot& tree_;
   Answers& answers_;
-  std::vector<Folder> folders_;
-};
-
-// The key of each entry in one string that grows and shrinks on the way down and up.
-class KeyPath {
- public:
-  void enter(std::string_view name, PathTree::FolderIndex folder, PathTree::FolderIndex subtreeEnd) {
-    while (!levels_.empty() && levels_.back().subtreeEnd <= folder) levels_.pop_back();
-    ofChild(name);
-    levels_.push_back({key_.size(), subtreeEnd});
-  }
-
-  // The key of the entry `name` in the folder that was entered last.
-  std::string_view ofChild(std::string_view name) {
-    key_.resize(levels_.empty() ? 0 : levels_.back().length);
-    if (!levels_.empty() && !key_.ends_with('/')) key_ += '/';
-    return key_ += name;
-  }
-
-  std::string_view ofFolder() const { return key_; }
-
- private:
-  struct Level {
-    std::size_t length;
-    PathTree::FolderIndex subtreeEnd;
-  };
-  std::string key_;
-  std::vector<Level> levels_;
+  std::vector<Folder> pending_;
 };
 
 }  // namespace
-
-std::optional<std::int64_t> PathBytes::find(std::string_view key) const {
-  return findAll({std::string(key)}).front();
-}
-
-std::vector<std::optional<std::int64_t>> PathBytes::findAll(const std::vector<std::string>& keys) const {
-  std::vector<std::optional<std::int64_t>> answers(keys.size());
-  if (empty() || keys.empty()) return answers;
-  const PathTreeSnapshot& tree = *snapshot_;
-  const Place root = *tree.root();
-  std::vector<KeySearch::Wanted> below;
-  for (std::size_t key = 0; key < keys.size(); ++key) {
-    if (keys[key] == tree.name(root)) {
-      answers[key] = tree.bytes(root);
-    } else if (const auto path = tree.pathBelowRoot(keys[key])) {
-      below.push_back({*path, key});
-    }
-  }
-  if (!below.empty()) KeySearch(tree, answers).search(root, std::move(below));
-  return answers;
-}
 
 std::int64_t PathBytes::size() const {
   return snapshot_ ? snapshot_->entryCount() : 0;
 }
 
-void PathBytes::forEach(const std::function<void(std::string_view, std::int64_t)>& visit) const {
+std::vector<std::optional<std::int64_t>> PathBytes::findAll(const std::vector<std::string>& keys) const {
+  std::vector<std::optional<std::int64_t>> answers(keys.size());
+  if (empty()) return answers;
+  const PathTreeSnapshot& tree = *snapshot_;
+  std::vector<KeySearch::Wanted> below;
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (keys[i] == tree.name(kRoot)) {
+      answers[i] = tree.bytes(kRoot);
+    } else if (const auto path = pathBelow(tree.name(kRoot), keys[i])) {
+      below.push_back({*path, i});
+    }
+  }
+  if (!below.empty()) KeySearch(tree, answers).search(std::move(below));
+  return answers;
+}
+
+void PathBytes::forEachChild(std::string_view folder, const VisitChild& visit) const {
   if (empty()) return;
   const PathTreeSnapshot& tree = *snapshot_;
-  KeyPath path;
-  for (auto folder = tree.root(); folder; folder = tree.following(*folder)) {
-    path.enter(tree.name(*folder), folder->index, tree.subtreeEnd(*folder));
-    visit(path.ofFolder(), tree.bytes(*folder));
-    for (PathTreeFiles files = tree.files(*folder); !files.atEnd();) {
-      const PackedFile file = files.take();
-      visit(path.ofChild(file.name), file.bytes);
+  const auto root = pathBelow(folder, tree.name(kRoot));
+  if (root && !root->contains('/')) visit(*root, true, tree.bytes(kRoot));
+  const auto found = folderAt(tree, folder);
+  if (!found) return;
+  auto files = tree.files(*found);
+  while (const auto file = files.next()) visit(file->name, false, file->bytes);
+  const FolderIndex end = tree.subtreeEnd(*found);
+  for (FolderIndex child = *found + 1; child != end; child = tree.subtreeEnd(child))
+    visit(tree.name(child), true, tree.bytes(child));
+}
+
+void PathBytes::forEach(const VisitEntry& visit) const {
+  const FolderIndex folders = snapshot_ ? snapshot_->folderCount() : 0;
+  struct Level {
+    FolderIndex subtreeEnd;
+    std::size_t keyLength;
+  };
+  std::vector<Level> levels;  // of the folder that is visited and those above it
+  std::string key;
+  const auto setName = [&](std::string_view name) {
+    key.resize(levels.empty() ? 0 : levels.back().keyLength);
+    if (!key.empty() && !key.ends_with('/')) key += '/';
+    key += name;
+  };
+  for (FolderIndex folder = 0; folder < folders; ++folder) {
+    while (!levels.empty() && levels.back().subtreeEnd <= folder) levels.pop_back();
+    setName(snapshot_->name(folder));
+    levels.push_back({snapshot_->subtreeEnd(folder), key.size()});
+    visit(key, snapshot_->bytes(folder));
+    auto files = snapshot_->files(folder);
+    while (const auto file = files.next()) {
+      setName(file->name);
+      visit(key, file->bytes);
     }
   }
 }

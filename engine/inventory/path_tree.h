@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/inventory/append_only_store.h"
@@ -38,16 +39,10 @@ class PathTreeFiles {
  public:
   using TextIndex = PathTree::TextIndex;
 
-  PathTreeFiles(const PathTree& tree, TextIndex position, TextIndex end)
-      : tree_(&tree), position_(position), end_(end) {}
+  PathTreeFiles(const PathTree& tree, TextIndex begin, TextIndex end) : tree_(&tree), position_(begin), end_(end) {}
 
-  /// Where the next file's record stands; the end when there is none.
-  TextIndex position();
-  bool atEnd() { return position() == end_; }
-  /// Takes the next file, which must be there.
-  PackedFile take();
-  /// Goes on at the record at `position`.
-  void moveTo(TextIndex position) { position_ = position; }
+  /// None at the end.
+  std::optional<PackedFile> next();
 
  private:
   const PathTree* tree_;
@@ -56,22 +51,18 @@ class PathTreeFiles {
 };
 
 /// What had been counted when it was taken. Immutable; all functions may be called on any thread, while the writer goes
-/// on. Folders that were open then have their sums here, all others in the tree.
+/// on. Folders are named by their index, which is below folderCount().
 class PathTreeSnapshot {
  public:
   using FolderIndex = PathTree::FolderIndex;
+
+  /// The scan root, if anything was counted.
+  static constexpr FolderIndex kRoot = 0;
 
   struct OpenFolder {
     FolderIndex index = 0;
     std::int64_t bytes = 0;
   };
-
-  /// One folder of the snapshot.
-  struct Place {
-    FolderIndex index = 0;
-    std::size_t openDepth = kClosed;  ///< its place in the open path, kClosed when it was complete
-  };
-  static constexpr std::size_t kClosed = SIZE_MAX;
 
   struct Marks {
     FolderIndex folderCount = 0;
@@ -79,44 +70,28 @@ class PathTreeSnapshot {
     std::int64_t fileCount = 0;
   };
 
-  /// `openPath` lists the folders that are still being counted, from the root down.
+  /// `openPath` lists the folders that are still being counted, from the root down. Their sums are kept here, those of
+  /// all others in the tree.
   PathTreeSnapshot(std::shared_ptr<const PathTree> tree, const Marks& marks, std::vector<OpenFolder> openPath)
       : tree_(std::move(tree)), marks_(marks), openPath_(std::move(openPath)) {}
 
+  FolderIndex folderCount() const { return marks_.folderCount; }
   std::int64_t entryCount() const { return marks_.fileCount + marks_.folderCount; }
 
-  /// Whether it was taken from the same tree, then or later. Every file and folder of `earlier` then has its place
-  /// here too.
-  bool isNotBefore(const PathTreeSnapshot& earlier) const {
-    return tree_ == earlier.tree_ && marks_.textEnd >= earlier.marks_.textEnd &&
-           marks_.folderCount >= earlier.marks_.folderCount;
-  }
-
-  /// The folder of this index, which is below the mark.
-  Place placeOf(FolderIndex folder) const;
-  /// The scan root; none when nothing was counted.
-  std::optional<Place> root() const;
-  /// The folder that follows in depth-first order; none after the last.
-  std::optional<Place> following(const Place& folder) const;
-  /// The first child folder of `parent`.
-  std::optional<Place> firstChild(const Place& parent) const;
-  /// The child folder of `parent` that follows `child`.
-  std::optional<Place> nextChild(const Place& parent, const Place& child) const;
-
-  /// What of the path key `key` lies below the root, without the slash between them; none when it lies elsewhere or is
-  /// the root's own. The tree is not empty.
-  std::optional<std::string_view> pathBelowRoot(std::string_view key) const;
-
   /// The name of a folder; of the root its whole key.
-  std::string_view name(const Place& folder) const;
-  std::int64_t bytes(const Place& folder) const;
-  /// The first folder behind all that `folder` holds.
-  FolderIndex subtreeEnd(const Place& folder) const;
-  PathTreeFiles files(const Place& folder) const;
-  /// The file whose record stands at `position`.
-  PackedFile fileAt(PathTree::TextIndex position) const;
+  std::string_view name(FolderIndex folder) const;
+  std::int64_t bytes(FolderIndex folder) const;
+  /// The first folder behind all that `folder` holds. Its child folders are `folder` + 1, where that one's subtree
+  /// ends, and so on up to here.
+  FolderIndex subtreeEnd(FolderIndex folder) const;
+  PathTreeFiles files(FolderIndex folder) const;
+
+  /// Costs a walk over the child folders of `parent`.
+  std::optional<FolderIndex> childFolder(FolderIndex parent, std::string_view name) const;
 
  private:
+  const OpenFolder* openFolder(FolderIndex folder) const;
+
   std::shared_ptr<const PathTree> tree_;
   Marks marks_;
   std::vector<OpenFolder> openPath_;

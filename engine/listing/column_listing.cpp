@@ -6,12 +6,21 @@
 #include <system_error>
 #include <utility>
 
+#include "engine/disk_sweeper_scan.h"
+
 namespace dunmere {
+
+namespace {
+
+SweepError noMemoryFor(const FileUrl& folder) {
+  return {SweepAttempt::openFolder, folder, std::make_error_code(std::errc::not_enough_memory), {}};
+}
+
+}  // namespace
 
 std::expected<ColumnRows, SweepError> ColumnListing::list(FileSystem& fileSystem, const SweepInventory& inventory,
                                                           Looks looks, const LookAtLinks& lookAtLinks) {
-  // Made while there still is memory.
-  SweepError error{SweepAttempt::openFolder, parent_, std::make_error_code(std::errc::not_enough_memory), {}};
+  SweepError error = noMemoryFor(parent_);  // made while there still is some
   try {
     auto updated = update(fileSystem, inventory, looks, lookAtLinks);
     if (updated) return rows_;
@@ -29,25 +38,21 @@ std::expected<void, SweepError> ColumnListing::update(FileSystem& fileSystem, co
   const std::shared_ptr<const EntryNames> before = entries_.names();
   const auto others = entries_.read(**folder);
   if (!others) return std::unexpected(others.error());
-  const bool isFirst = !children_;
-  if (isFirst || *others) beginEntries(*before);
-  updateCounted(inventory);
+  if (*others) beginEntries(*before);
+  if (*others || inventory.pathBytes != pathBytes_) updateCounted(inventory.pathBytes);
   const std::vector<std::string> links = lookAtFiles(fileSystem, **folder, looks);
   keepTargets(lookAtLinks(*folder, links));
-  const bool isInOrder = order_.positions().size() == entries_.size();
   std::vector<RowPosition> changed = updateRows(inventory);
   const bool partialMark = !inventory.scanComplete || inventory.hadReadErrors;
   const bool isShown = rows_.content() && rows_.content()->names == entries_.names();
-  if (isShown && isInOrder && changed.empty() && partialMark == rows_.content()->partialMark) return {};
+  if (isShown && changed.empty() && partialMark == rows_.content()->partialMark) return {};
   order_.update(fileSystem, entries_, current_, std::move(changed));
   publish(partialMark);
   return {};
 }
 
-/// Other entries than `before`; what was seen of those that are still there stays known.
+/// The entries are others than `before`; what was seen of those that are still there stays known.
 void ColumnListing::beginEntries(const EntryNames& before) {
-  children_.emplace(parent_.key());
-  counted_.assign(entries_.size(), {});
   current_.clear();
   order_.begin(entries_.size());
   nextLook_ = 0;
@@ -59,9 +64,10 @@ void ColumnListing::beginEntries(const EntryNames& before) {
   }
 }
 
-void ColumnListing::updateCounted(const SweepInventory& inventory) {
-  if (!children_->continues(inventory)) counted_.assign(entries_.size(), {});
-  children_->follow(inventory, [this](std::string_view name, bool isFolder, std::int64_t bytes) {
+void ColumnListing::updateCounted(const PathBytes& pathBytes) {
+  pathBytes_ = pathBytes;
+  counted_.assign(entries_.size(), {});
+  pathBytes.forEachChild(parent_.key(), [this](std::string_view name, bool isFolder, std::int64_t bytes) {
     const auto position = entries_.find(name, isFolder ? EntryKind::folder : EntryKind::regularFile);
     if (position) counted_[*position] = bytes;
   });
@@ -72,26 +78,34 @@ bool ColumnListing::needsLook(RowPosition position) const {
   return kind == EntryKind::symbolicLink || (kind == EntryKind::regularFile && !counted_[position]);
 }
 
-/// Looks at the files whose turn it is, and returns the links whose turn it is.
+/// Looks at the files whose turn it is, from the one after the last that was looked at, and returns the links whose
+/// turn it is.
 std::vector<std::string> ColumnListing::lookAtFiles(FileSystem& fileSystem, OpenFolder& folder, Looks looks) {
+  constexpr std::size_t kAtOnce = 16;      // few enough for a share that takes 10 ms for each
+  constexpr std::int64_t kLooksALink = 4;  // what a link costs beside a file
   const FileSystem::Instant begin = fileSystem.now();
   const bool isBounded = looks == Looks::some;
   std::int64_t allowed = isBounded ? allowedLooks(begin) : std::numeric_limits<std::int64_t>::max();
   lastLook_ = begin;
   std::vector<std::string> links;
-  for (std::size_t visited = 0; visited < entries_.size() && allowed > 0;) {
-    std::vector<RowPosition> files;
-    for (const RowPosition position : takeTurns(visited, allowed)) {
-      if (entries_.kind(position) == EntryKind::regularFile) {
-        files.push_back(position);
-      } else {
-        links.emplace_back(entries_.name(position));
-        seen_.try_emplace(position, Seen{.kind = EntryKind::other, .bytes = 0, .key = "/"});
-      }
+  std::vector<RowPosition> files;
+  for (std::size_t visited = 0; visited < entries_.size() && allowed > 0; ++visited) {
+    const RowPosition position = nextLook_;
+    nextLook_ = position + 1 < entries_.size() ? position + 1 : 0;
+    if (!needsLook(position)) continue;
+    if (entries_.kind(position) == EntryKind::symbolicLink) {
+      links.emplace_back(entries_.name(position));
+      seen_.try_emplace(position, Seen{.kind = EntryKind::other, .bytes = 0, .key = "/"});
+      allowed -= kLooksALink;
+      continue;
     }
-    if (!files.empty()) measure(folder, files);
+    files.push_back(position);
+    --allowed;
+    if (files.size() < kAtOnce) continue;
+    measure(folder, std::exchange(files, {}));
     if (isBounded && fileSystem.now() - begin >= kLongestLook) break;
   }
+  if (!files.empty()) measure(folder, files);
   return links;
 }
 
@@ -114,21 +128,6 @@ void ColumnListing::keepTargets(const LinkTargets& targets) {
 std::int64_t ColumnListing::allowedLooks(FileSystem::Instant now) const {
   constexpr FileSystem::Instant kSecond = std::chrono::seconds(1);
   return std::max(kLeastLooks, std::min(now - lastLook_, kSecond) * kLooksPerSecond / kSecond);
-}
-
-/// The next few entries whose turn it is, on from the one that was looked at last.
-std::vector<RowPosition> ColumnListing::takeTurns(std::size_t& visited, std::int64_t& allowed) {
-  constexpr std::size_t kAtOnce = 16;      // even of a share that takes 10 ms for each
-  constexpr std::int64_t kLooksALink = 4;  // what a link costs beside a file
-  std::vector<RowPosition> turns;
-  for (; visited < entries_.size() && turns.size() < kAtOnce && allowed > 0; ++visited) {
-    const RowPosition position = nextLook_;
-    nextLook_ = position + 1 < entries_.size() ? position + 1 : 0;
-    if (!needsLook(position)) continue;
-    turns.push_back(position);
-    allowed -= entries_.kind(position) == EntryKind::symbolicLink ? kLooksALink : 1;
-  }
-  return turns;
 }
 
 /// A file that cannot be asked, or is none any more, has no size.
@@ -205,6 +204,19 @@ void ColumnListing::publish(bool partialMark) {
   for (const RowPosition position : order_.positions()) content.rows.push_back(current_[position]);
   content.changes = changesBetween(rows_, content);
   rows_ = ColumnRows(std::move(content));
+}
+
+std::expected<std::vector<SweeperItem>, SweepError> DiskSweeperScan::columnChildren(FileSystem& fileSystem,
+                                                                                    const FileUrl& parent,
+                                                                                    const SweepInventory& inventory) {
+  SweepError noMemory = noMemoryFor(parent);
+  try {
+    auto rows = ColumnListing(parent).list(fileSystem, inventory);
+    if (!rows) return std::unexpected(std::move(rows.error()));
+    return rows->items();
+  } catch (const std::bad_alloc&) {
+    return std::unexpected(std::move(noMemory));
+  }
 }
 
 }  // namespace dunmere

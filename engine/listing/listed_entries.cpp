@@ -5,6 +5,7 @@
 namespace dunmere {
 
 std::expected<bool, SweepError> ListedEntries::read(OpenFolder& folder) {
+  next_ = {};
   const std::optional<FolderStamp> stamp = folder.stamp();
   if (stamp && stamp == stamp_) return false;
   stamp_.reset();
@@ -20,7 +21,6 @@ std::expected<bool, SweepError> ListedEntries::read(OpenFolder& folder) {
   } while (!batch.empty());
   stamp_ = stamp;
   if (kinds == kinds_ && *names == *names_) return false;
-  next_ = {};
   byName_.clear();
   names_ = std::move(names);
   kinds_ = std::move(kinds);

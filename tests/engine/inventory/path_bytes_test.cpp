@@ -8,10 +8,14 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "engine/inventory/path_tree_writer.h"
 #include "tests/engine/scan/scan_recording.h"
+#include "tests/engine/scan/scan_results.h"
+#include "tests/support/memory_file_system.h"
+#include "tests/support/random_seed.h"
 
 namespace dunmere::test {
 namespace {
@@ -56,6 +60,17 @@ std::vector<std::string> numberedNames(std::size_t count) {
   return names;
 }
 
+using Children = std::vector<std::pair<std::string, std::int64_t>>;
+
+/// In the order in which they are visited; folders end with a slash.
+Children childrenOf(const PathBytes& tree, std::string_view folder) {
+  Children children;
+  tree.forEachChild(folder, [&children](std::string_view name, bool isFolder, std::int64_t bytes) {
+    children.emplace_back(std::string(name) + (isFolder ? "/" : ""), bytes);
+  });
+  return children;
+}
+
 TEST(PathBytes, EmptyMapHasNoEntries) {
   const PathBytes empty;
   EXPECT_EQ(empty.size(), 0);
@@ -63,6 +78,7 @@ TEST(PathBytes, EmptyMapHasNoEntries) {
   EXPECT_EQ(empty.find("/"), std::nullopt);
   EXPECT_EQ(empty.find(""), std::nullopt);
   EXPECT_EQ(entriesOf(empty), PlainMap());
+  EXPECT_EQ(childrenOf(empty, "/"), Children());
 }
 
 TEST(PathBytes, HoldsFilesAndTheSumsOfTheFoldersAboveThem) {
@@ -102,6 +118,67 @@ TEST(PathBytes, KeysBelowTheRootFolderHaveOneSlash) {
   for (const auto& [key, bytes] : expected) EXPECT_EQ(tree.find(key), bytes) << key;
   EXPECT_EQ(tree.find(""), std::nullopt);
   EXPECT_EQ(tree.find("//kernel"), std::nullopt);
+}
+
+TEST(PathBytes, ChildrenOfAFolderAreItsFilesAndThenItsFolders) {
+  const PathBytes tree = smallTree();
+  EXPECT_EQ(childrenOf(tree, "/r"), (Children{{"f1", 100}, {"a/", 23}, {"c/", 4}}));
+  EXPECT_EQ(childrenOf(tree, "/r/a"), (Children{{"f2", 20}, {"b/", 3}}));
+  EXPECT_EQ(childrenOf(tree, "/r/a/b"), (Children{{"f3", 3}}));
+  EXPECT_EQ(childrenOf(tree, "/r/c"), (Children{{"f4", 4}}));
+}
+
+TEST(PathBytes, TheFolderAboveTheRootHoldsTheRoot) {
+  EXPECT_EQ(childrenOf(smallTree(), "/"), (Children{{"r/", 127}}));
+  PathTreeWriter writer;
+  writer.openFolder("/home/me");
+  addFile(writer, "f", 1);
+  EXPECT_EQ(childrenOf(writer.snapshot(), "/home"), (Children{{"me/", 1}}));
+  EXPECT_EQ(childrenOf(writer.snapshot(), "/"), Children());
+}
+
+TEST(PathBytes, FoldersElsewhereHoldNothingCounted) {
+  for (const char* folder : {"", "/q", "/rr", "/r/", "/r/f1", "/r/b", "/r/a/f2", "/r/a/", "/q/r"})
+    EXPECT_EQ(childrenOf(smallTree(), folder), Children()) << folder;
+}
+
+TEST(PathBytes, TheRootFolderOfTheSystemHasNoParent) {
+  PathTreeWriter writer;
+  writer.openFolder("/");
+  addFile(writer, "kernel", 7);
+  EXPECT_EQ(childrenOf(writer.snapshot(), "/"), (Children{{"kernel", 7}}));
+}
+
+TEST(PathBytes, ANameThatWasCountedTwiceComesTwice) {
+  const PathBytes tree = oneFolder({"a", "same", "same"});
+  EXPECT_EQ(childrenOf(tree, "/r"), (Children{{"a", 0}, {"same", 1}, {"same", 2}}));
+}
+
+// A snapshot may be taken in any folder; the sums of those that are open then are kept apart.
+TEST(PathBytes, ChildrenAreThoseOfEveryEntryInEverySnapshot) {
+  std::mt19937_64 random(firstSeed());
+  MemoryFileSystem fileSystem;
+  std::vector<std::string> folders = {"/r"};
+  for (int i = 0; i < 60; ++i) {
+    const std::string folder = folders[random() % folders.size()] + "/d" + std::to_string(i);
+    folders.push_back(folder);
+    for (std::size_t file = random() % 4; file > 0; --file)
+      fileSystem.addFile(folder + "/f" + std::to_string(file), static_cast<std::int64_t>(random() % 9));
+  }
+  fileSystem.addFile("/r/f", 1);
+  folders.push_back("/");
+  for (const SweepInventory& snapshot : snapshotsOfEveryFile(fileSystem, "/r")) {
+    for (const std::string& folder : folders) {
+      PlainMap visited;
+      snapshot.pathBytes.forEachChild(folder, [&](std::string_view name, bool, std::int64_t bytes) {
+        visited[FileUrl(folder).appending(name).bytes()] = bytes;
+      });
+      PlainMap expected;
+      for (const auto& [key, bytes] : entriesOf(snapshot.pathBytes))
+        if (FileUrl(key).deletingLastPathComponent().key() == folder && key != "/") expected.emplace(key, bytes);
+      ASSERT_EQ(visited, expected) << folder << " after " << snapshot.fileCount;
+    }
+  }
 }
 
 TEST(PathBytes, FoldersWithoutCountedFilesLeaveNoTrace) {
