@@ -46,7 +46,7 @@ std::expected<void, SweepError> ColumnListing::update(FileSystem& fileSystem, co
   const bool partialMark = !inventory.scanComplete || inventory.hadReadErrors;
   const bool isShown = rows_.content() && rows_.content()->names == entries_.names();
   if (isShown && changed.empty() && partialMark == rows_.content()->partialMark) return {};
-  order_.update(fileSystem, entries_, current_, std::move(changed));
+  order_.update(fileSystem, *entries_.names(), current_, std::move(changed));
   publish(partialMark);
   return {};
 }

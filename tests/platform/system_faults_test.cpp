@@ -3,10 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cerrno>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <memory>
 #include <new>
@@ -16,7 +14,6 @@
 
 #include "engine/disk_sweeper_scan.h"
 #include "engine/listing/column_listing.h"
-#include "engine/listing/in_parallel.h"
 #include "platform/platform_file_system.h"
 #include "sweeper/disk_sweeper_pane.h"
 #include "tests/platform/folder_contents.h"
@@ -273,21 +270,6 @@ TEST_F(ListingFaults, OutOfMemoryFailsOrIsWhole) {
                       else
                         EXPECT_EQ(errorOf(*column), ENOMEM);
                     });
-}
-
-// A machine may have more processors than this one.
-TEST_F(ListingFaults, WorkIsDoneByTheThreadsThatMemoryIsLeftFor) {
-  constexpr std::size_t kPieces = 100;
-  int first = 1;
-  for (bool hasFailed = true; hasFailed; ++first) {
-    std::atomic<std::size_t> done = 0;
-    const std::function<void(std::size_t)> work = [&done](std::size_t) { ++done; };
-    const FailingCall failing(Fallible::memory, first, ENOMEM, {.lasting = true});
-    inParallel(kPieces, work, 5);
-    hasFailed = failing.hasFailed();
-    EXPECT_EQ(done, kPieces);
-  }
-  EXPECT_GT(first, 4) << "hardly anything failed";
 }
 
 // A column is listed again for every snapshot, with what the listing before remembered.
