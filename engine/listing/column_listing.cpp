@@ -44,8 +44,9 @@ std::expected<void, SweepError> ColumnListing::update(FileSystem& fileSystem, co
   keepTargets(lookAtLinks(*folder, links));
   std::vector<RowPosition> changed = updateRows(inventory);
   const bool partialMark = !inventory.scanComplete || inventory.hadReadErrors;
-  const bool isShown = rows_.content() && rows_.content()->names == entries_.names();
-  if (isShown && changed.empty() && partialMark == rows_.content()->partialMark) return {};
+  const ColumnRows::Content& shown = rows_.content();
+  const bool isShown = shown.names == entries_.names() && shown.partialMark == partialMark;
+  if (isShown && changed.empty()) return {};
   order_.update(fileSystem, *entries_.names(), current_, std::move(changed));
   publish(partialMark);
   return {};

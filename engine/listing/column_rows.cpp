@@ -13,17 +13,13 @@ std::vector<std::string_view> shownNames(const ColumnRows::Content& content) {
   return names;
 }
 
-std::vector<RowPosition> shownPositions(const ColumnRows::Content& content) {
-  std::vector<RowPosition> positions;
-  positions.reserve(content.rows.size());
-  for (const ColumnRow& row : content.rows) positions.push_back(row.position);
-  return positions;
-}
-
-ListMatch matchRows(const ColumnRows::Content& before, const ColumnRows::Content& after) {
-  // Positions tell rows apart as long as the folder holds the same names.
-  if (before.names == after.names) return matchNumbers(shownPositions(before), shownPositions(after));
-  return matchLists(shownNames(before), shownNames(after));
+/// Positions tell rows apart as long as the folder holds the same names.
+ListMatch matchPositions(const std::vector<ColumnRow>& before, const std::vector<ColumnRow>& after) {
+  std::vector<std::size_t> oldRows(before.size());
+  for (std::size_t row = 0; row < before.size(); ++row) oldRows[before[row].position] = row;
+  ListMatch match{before.size(), std::vector<std::size_t>(after.size())};
+  for (std::size_t row = 0; row < after.size(); ++row) match.oldIndex[row] = oldRows[after[row].position];
+  return match;
 }
 
 bool showsTheSame(const ColumnRows::Content& before, const ColumnRow& was, const ColumnRows::Content& after,
@@ -67,9 +63,15 @@ std::uint64_t ColumnRows::nextGeneration() {
   return ++last;
 }
 
-const ColumnChanges& ColumnRows::changes() const {
-  static const ColumnChanges kNone{.since = 0, .steps = std::vector<ListChange>(), .match = {}, .shownAnew = {}};
-  return content_ ? content_->changes : kNone;
+std::shared_ptr<const ColumnRows::Content> ColumnRows::nothing() {
+  static const auto kNothing = std::make_shared<const Content>(
+      Content{.parent = {},
+              .names = std::make_shared<EntryNames>(),
+              .rows = {},
+              .partialMark = false,
+              .changes = {.since = 0, .steps = std::vector<ListChange>(), .match = {}, .shownAnew = {}},
+              .generation = 0});
+  return kNothing;
 }
 
 SweeperItem ColumnRows::operator[](std::size_t index) const {
@@ -90,7 +92,6 @@ std::vector<SweeperItem> ColumnRows::items() const {
 }
 
 std::optional<std::size_t> ColumnRows::find(const FileUrl& url) const {
-  if (empty()) return std::nullopt;
   const std::string& path = url.bytes();
   const std::string prefix = content_->parent.appending("").bytes();
   if (!path.starts_with(prefix)) return std::nullopt;
@@ -106,14 +107,9 @@ bool operator==(const ColumnRows& a, const ColumnRows& b) {
 }
 
 ColumnChanges changesBetween(const ColumnRows& before, const ColumnRows::Content& after) {
-  static const ColumnRows::Content kNothing{.parent = {},
-                                            .names = std::make_shared<EntryNames>(),
-                                            .rows = {},
-                                            .partialMark = false,
-                                            .changes = {},
-                                            .generation = 0};
-  const ColumnRows::Content& old = before.content() ? *before.content() : kNothing;
-  ListMatch match = matchRows(old, after);
+  const ColumnRows::Content& old = before.content();
+  ListMatch match =
+      old.names == after.names ? matchPositions(old.rows, after.rows) : matchLists(shownNames(old), shownNames(after));
   ColumnChanges changes{.since = old.generation,
                         .steps = listChanges(match, ColumnChanges::kMostSteps),
                         .match = {},

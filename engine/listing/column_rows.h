@@ -16,7 +16,7 @@
 
 namespace dunmere {
 
-/// Names a row by its entry's place in the folder, counted from 0.
+/// Which entry of the folder a row shows, counted from 0 in the order in which the folder was read.
 using RowPosition = std::uint32_t;
 
 /// The names of a folder's entries, raw bytes side by side, in the order in which the folder was read.
@@ -47,8 +47,7 @@ struct ColumnRow {
 
 /// How the rows of one generation turn into those of the next.
 struct ColumnChanges {
-  /// More steps than this cost a view more than sorting its rows in place, however many rows move. With Qt 6.4 and
-  /// 100,000 rows a move takes a view 0.1 ms.
+  /// More steps than this cost a view more than sorting its rows in place, however many rows move.
   static constexpr std::size_t kMostSteps = 250;
 
   std::uint64_t since = 0;                                     ///< generation of the rows before; 0: there were none
@@ -70,14 +69,17 @@ class ColumnRows {
     std::uint64_t generation = nextGeneration();
   };
 
-  ColumnRows() = default;  ///< no rows
+  ColumnRows() : content_(nothing()) {}  ///< no rows
   explicit ColumnRows(Content content) : content_(std::make_shared<const Content>(std::move(content))) {}
+  // Moves are copies, so that no value is ever without content.
+  ColumnRows(const ColumnRows&) = default;
+  ColumnRows& operator=(const ColumnRows&) = default;
 
-  std::size_t size() const { return content_ ? content_->rows.size() : 0; }
+  std::size_t size() const { return content_->rows.size(); }
   bool empty() const { return size() == 0; }
   /// Unique in the process; 0 for rows that were never listed.
-  std::uint64_t generation() const { return content_ ? content_->generation : 0; }
-  const ColumnChanges& changes() const;
+  std::uint64_t generation() const { return content_->generation; }
+  const ColumnChanges& changes() const { return content_->changes; }
 
   const ColumnRow& row(std::size_t index) const { return content_->rows[index]; }
   std::string_view name(std::size_t index) const { return (*content_->names)[row(index).position]; }
@@ -91,16 +93,16 @@ class ColumnRows {
   /// The same rows in the same order, whatever their generations.
   friend bool operator==(const ColumnRows& a, const ColumnRows& b);
 
-  /// Null for rows that were never listed.
-  const std::shared_ptr<const Content>& content() const { return content_; }
+  const Content& content() const { return *content_; }
 
  private:
   static std::uint64_t nextGeneration();
+  static std::shared_ptr<const Content> nothing();
 
   std::shared_ptr<const Content> content_;
 };
 
-/// How `before` turns into `after`, whose changes are not filled yet. Costs time in proportion to the rows.
+/// How `before` turns into `after`, whose changes are not filled yet.
 ColumnChanges changesBetween(const ColumnRows& before, const ColumnRows::Content& after);
 
 }  // namespace dunmere

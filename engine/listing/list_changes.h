@@ -2,9 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
-#include <span>
 #include <string_view>
 #include <vector>
 
@@ -33,9 +31,6 @@ struct ListMatch {
 /// Matches the rows of two lists by key. A key that stands twice in a list (a folder may change while it is read)
 /// matches once; its other rows count as gone or new.
 ListMatch matchLists(const std::vector<std::string_view>& oldKeys, const std::vector<std::string_view>& newKeys);
-
-/// Matches the rows of two lists of the same numbers, each less than their count and there once.
-ListMatch matchNumbers(std::span<const std::uint32_t> oldNumbers, std::span<const std::uint32_t> newNumbers);
 
 /// Removals from the back, then moves and insertions from the front. Adjoining rows are removed and inserted in one
 /// step; as many rows as possible stay where they are, each of the others is moved once. None when more than `atMost`
