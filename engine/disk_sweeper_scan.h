@@ -1,4 +1,5 @@
-// DiskSweeperScan: the engine's three operations: list the volumes, scan a tree, list one column.
+// DiskSweeperScan: the engine's three operations: list the volumes (volumes/volume_discovery.cpp), scan a tree
+// (scan/progressive_scan.cpp), list one column (listing/column_listing.cpp).
 #pragma once
 
 #include <expected>
@@ -11,8 +12,7 @@
 #include "engine/file_url.h"
 #include "engine/sweep_error.h"
 #include "engine/sweep_inventory.h"
-#include "engine/sweeper_item.h"
-#include "engine/sweeper_volume.h"
+#include "engine/sweeper_values.h"
 
 namespace dunmere {
 

@@ -119,8 +119,17 @@ class OpenFolder {
 
   /// Asks for the sizes that `batch`, which holds names of this folder, leaves open for regular files. One whose sizes
   /// cannot be read (it may just have vanished), or that is no regular file any more, gets the kind `other`. Fails when
-  /// the folder itself is out of reach. As it stands here, asks for attributes() one by one.
-  virtual std::expected<void, SweepError> measure(EntryBatch& batch);
+  /// the folder itself is out of reach. The default implementation calls attributes() for each file.
+  virtual std::expected<void, SweepError> measure(EntryBatch& batch) {
+    for (std::size_t position = 0; position < batch.size(); ++position) {
+      const EntryBatch::Entry& entry = batch.entries()[position];
+      if (entry.attributes.kind != EntryKind::regularFile || entry.attributes.hasSize()) continue;
+      const auto found = attributes(batch.name(entry));
+      const bool isFile = found && found->kind == EntryKind::regularFile;
+      batch.setAttributes(position, isFile ? *found : EntryAttributes{.kind = EntryKind::other});
+    }
+    return {};
+  }
 
   /// Opens the folder `name` inside this one for EntryDetail::sizes; a symbolic link is never followed.
   virtual std::expected<std::shared_ptr<OpenFolder>, SweepError> openChild(std::string_view name) = 0;

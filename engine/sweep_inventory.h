@@ -21,7 +21,9 @@ struct SweepInventory {
   bool scanComplete = false;        ///< true only in a scan's last snapshot
 
   /// The inventory of `root` before anything was counted.
-  static SweepInventory emptyFor(const FileUrl& root);
+  static SweepInventory emptyFor(const FileUrl& root) {
+    return {.root = root, .rootPath = root.key(), .pathBytes = {}};
+  }
 };
 
 }  // namespace dunmere

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "engine/file_system.h"
-#include "engine/sweeper_volume.h"
+#include "engine/sweeper_values.h"
 #include "sweeper/answer_queue.h"
 #include "sweeper/background.h"
 

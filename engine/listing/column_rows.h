@@ -12,7 +12,7 @@
 
 #include "engine/file_url.h"
 #include "engine/listing/list_changes.h"
-#include "engine/sweeper_item.h"
+#include "engine/sweeper_values.h"
 
 namespace dunmere {
 

@@ -1,14 +1,15 @@
+#include "engine/volumes/volume_discovery.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "engine/ascii.h"
 #include "engine/disk_sweeper_scan.h"
-#include "engine/volumes/storage_scanner.h"
 
 namespace dunmere {
 
@@ -22,41 +23,23 @@ constexpr std::string_view kBootVolumeName = "Macintosh HD";
 constexpr std::array<std::string_view, 8> kSystemVolumeNames = {"preboot", "vm",         "update",   "hardware",
                                                                 "xart",    "iscpreboot", "recovery", "mnt_preview"};
 
-// White space and line ends outside ASCII, as UTF-8: next line, the Unicode space separators, line and paragraph
+// White space and line ends, as UTF-8: those of ASCII, next line, the Unicode space separators, line and paragraph
 // separator. A label may hold any of them.
-constexpr std::array<std::string_view, 19> kWideSpaces = {
-    "\u0085", "\u00a0", "\u1680", "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006",
-    "\u2007", "\u2008", "\u2009", "\u200a", "\u2028", "\u2029", "\u202f", "\u205f", "\u3000"};
-
-constexpr bool isAsciiSpace(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-std::size_t leadingSpaceLength(std::string_view text) {
-  if (!text.empty() && isAsciiSpace(text.front())) return 1;
-  const auto wide =
-      std::ranges::find_if(kWideSpaces, [text](std::string_view space) { return text.starts_with(space); });
-  return wide == kWideSpaces.end() ? 0 : wide->size();
-}
-
-std::size_t trailingSpaceLength(std::string_view text) {
-  if (!text.empty() && isAsciiSpace(text.back())) return 1;
-  const auto wide = std::ranges::find_if(kWideSpaces, [text](std::string_view space) { return text.ends_with(space); });
-  return wide == kWideSpaces.end() ? 0 : wide->size();
-}
+constexpr std::array<std::string_view, 25> kSpaces = {
+    " ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\u0085", "\u00a0", "\u1680",
+    "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007", "\u2008",
+    "\u2009", "\u200a", "\u2028", "\u2029", "\u202f", "\u205f", "\u3000"};
 
 std::string_view trimmed(std::string_view text) {
-  while (const std::size_t length = leadingSpaceLength(text)) text.remove_prefix(length);
-  while (const std::size_t length = trailingSpaceLength(text)) text.remove_suffix(length);
+  for (bool isTrimmed = false; !isTrimmed;) {
+    const std::size_t length = text.size();
+    for (const std::string_view space : kSpaces) {
+      if (text.starts_with(space)) text.remove_prefix(space.size());
+      if (text.ends_with(space)) text.remove_suffix(space.size());
+    }
+    isTrimmed = text.size() == length;
+  }
   return text;
-}
-
-/// ASCII letters only: everything that names are compared with is ASCII.
-std::string lowerCased(std::string_view text) {
-  std::string lower(text);
-  std::ranges::transform(lower, lower.begin(),
-                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return lower;
 }
 
 bool isSystemPath(std::string_view path) {
@@ -71,7 +54,7 @@ bool isSimulatorPath(std::string_view path) {
 bool isExcludedByPath(const FileUrl& url) {
   const std::string path = url.path();
   return isSystemPath(path) || isSimulatorPath(path) ||
-         lowerCased(url.lastPathComponent()).contains(kSimulatorNamePart);
+         asciiLowerCased(url.lastPathComponent()).contains(kSimulatorNamePart);
 }
 
 bool shouldIncludeUserFacingVolume(const FileUrl& url, std::string_view name, const VolumeValues& values) {
@@ -79,7 +62,7 @@ bool shouldIncludeUserFacingVolume(const FileUrl& url, std::string_view name, co
   // Asked again, although listVolumes has asked before measuring: this rule stands on its own.
   if (isSystemPath(url.path())) return false;
   if (isSimulatorPath(url.path())) return false;
-  const std::string plainName = lowerCased(trimmed(name));
+  const std::string plainName = asciiLowerCased(std::string(trimmed(name)));
   if (std::ranges::find(kSystemVolumeNames, plainName) != kSystemVolumeNames.end()) return false;
   return !plainName.contains(kSimulatorNamePart);
 }
@@ -89,7 +72,7 @@ std::string displayName(const FileUrl& url, const VolumeValues& values) {
   return name.empty() ? url.lastPathComponent() : name;
 }
 
-/// Total and free bytes as reported; the root volume's from the home folder when it reports no total of its own.
+/// As reported; that of the root volume comes from the home folder when it reports no total of its own.
 std::optional<VolumeSnapshot> capacityOf(const FileUrl& url, const VolumeValues& values, FileSystem& fileSystem) {
   const std::int64_t total = values.totalBytes.value_or(0);
   // The plain available bytes on purpose: what the system would clear counts in the boot snapshot only.
@@ -99,6 +82,15 @@ std::optional<VolumeSnapshot> capacityOf(const FileUrl& url, const VolumeValues&
 }
 
 }  // namespace
+
+std::optional<VolumeSnapshot> StorageScanner::bootVolumeSnapshot(FileSystem& fileSystem) {
+  const auto values = fileSystem.volumeValues(fileSystem.homeFolder());
+  if (!values) return std::nullopt;
+  const std::int64_t total = values->totalBytes.value_or(0);
+  if (total < 1) return std::nullopt;
+  const std::int64_t free = values->availableForImportantUsageBytes.value_or(values->availableBytes.value_or(0));
+  return VolumeSnapshot{total, std::min(total, free)};
+}
 
 std::vector<SweeperVolume> DiskSweeperScan::fallbackVolumes(FileSystem& fileSystem) {
   const auto snapshot = StorageScanner::bootVolumeSnapshot(fileSystem);

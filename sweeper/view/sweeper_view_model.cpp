@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "engine/listing/column_rows.h"
-#include "engine/sweeper_volume.h"
+#include "engine/sweeper_values.h"
 
 namespace dunmere {
 namespace {

@@ -6,7 +6,7 @@
 #include <QAbstractListModel>
 #include <vector>
 
-#include "engine/sweeper_volume.h"
+#include "engine/sweeper_values.h"
 
 namespace dunmere {
 

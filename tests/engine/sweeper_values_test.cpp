@@ -1,3 +1,5 @@
+#include "engine/sweeper_values.h"
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -5,8 +7,6 @@
 #include <type_traits>
 #include <vector>
 
-#include "engine/sweeper_item.h"
-#include "engine/sweeper_volume.h"
 #include "tests/support/print_values.h"
 
 namespace dunmere {

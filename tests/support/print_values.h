@@ -7,8 +7,7 @@
 
 #include "engine/file_url.h"
 #include "engine/sweep_error.h"
-#include "engine/sweeper_item.h"
-#include "engine/sweeper_volume.h"
+#include "engine/sweeper_values.h"
 
 namespace dunmere {
 

@@ -1,5 +1,3 @@
-#include "engine/volumes/storage_scanner.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -7,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/volumes/volume_discovery.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/print_values.h"
 

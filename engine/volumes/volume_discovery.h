@@ -1,4 +1,5 @@
-// StorageScanner: measures the boot volume through the user's home folder.
+// Volume discovery: the drives to offer (DiskSweeperScan::listVolumes) and StorageScanner, which measures the boot
+// volume.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +21,8 @@ struct VolumeSnapshot {
 struct StorageScanner {
   StorageScanner() = delete;
 
-  /// The boot volume's capacity and free space; none when it cannot be measured. Any thread.
+  /// The boot volume's capacity and free space, measured through the user's home folder; none when it cannot be
+  /// measured. Any thread.
   static std::optional<VolumeSnapshot> bootVolumeSnapshot(FileSystem& fileSystem);
 };
 
