@@ -22,22 +22,16 @@ constexpr std::int64_t kPublishEveryFiles = 12'000;
 constexpr FileSystem::Instant kPublishEvery = std::chrono::milliseconds(350);
 
 // More than there are processors: a reader mostly waits for the disk, and several waiting at a time let the disk find a
-// good order. In trials of bare reading from a cold disk, on two processors, 1,000,000 files took 4.8 s with one
-// thread, 3.0 s with two and 2.3 s with eight. A scan of as many files in the cache took 1.8 s with no reader, 1.4 s
-// with two, 1.1 s with four and 1.2 s with eight: little is lost there.
+// good order. See docs/performance.md.
 constexpr unsigned kUsualReaders = 8;
 
 SweepError scanError(const FileUrl& root, std::error_code code) {
   return {SweepAttempt::startScan, root, code, {}};
 }
 
-SweepError scanError(const FileUrl& root, std::errc code) {
-  return scanError(root, std::make_error_code(code));
-}
-
-// Whether a root that did not open is there all the same, but not for this user or not now: such a scan finds nothing
-// and says that it could not read everything. A root that is missing or no folder cannot be scanned at all, nor can any
-// when the process has no descriptor or memory left.
+// Whether a root that did not open exists, but not for this user or not now: such a scan finds nothing and says that it
+// could not read everything. The other errors let a scan fail: there is no such folder, or the process has no
+// descriptor or memory left.
 bool isUnreadable(std::error_code code) {
   constexpr std::array cannotStart = {std::errc::no_such_file_or_directory,
                                       std::errc::not_a_directory,
@@ -54,9 +48,8 @@ bool isUnreadable(std::error_code code) {
 ///   1. folders come in depth-first order, each with its files before the folders inside it;
 ///   2. a folder's files go to the tree, and their sum to the folder; when it is closed its sum goes to its parent;
 ///   3. after each file a snapshot may be due, in which the open folders' sums count what lies below them so far.
-/// So each file counts in every folder from its parent up to the root and in nothing above: a file is reached only
-/// through these folders. No path is built or compared for that, hence no name (one that begins with a combining mark,
-/// or is not UTF-8 at all) can end the climb early or take it past the root.
+/// So each file counts in every folder from its parent up to the root and in nothing above. No path is built or
+/// compared for that, so no name can end the climb early or take it past the root, whatever its bytes.
 class ProgressiveScan {
  public:
   ProgressiveScan(FileSystem& fileSystem, const FileUrl& root, const DiskSweeperScan::UpdateCallback& onUpdate)
@@ -92,7 +85,7 @@ class ProgressiveScan {
     while (tree_.depth() > depth) tree_.closeFolder();
   }
 
-  // Hands the files to the tree at once, or piece by piece where snapshots fall due.
+  // Hands the files to the tree at once, or in portions where a snapshot is due.
   void countFiles(std::string_view packed) {
     const char* const end = packed.data() + packed.size();
     for (const char* start = packed.data(); start != end;) {
@@ -139,7 +132,8 @@ struct ScanJob {
   DiskSweeperScan::UpdateCallback onUpdate;
   const ScanOptions options;
   std::promise<ScanResult> promise;
-  SweepError noMemory = scanError(root, std::errc::not_enough_memory);  // made while there still is some
+  SweepError noMemory =
+      scanError(root, std::make_error_code(std::errc::not_enough_memory));  // made while there still is some
 };
 
 ScanResult scan(ScanJob& job) {
@@ -152,7 +146,7 @@ ScanResult scan(ScanJob& job) {
   }
 }
 
-// The promise is kept when all else is over and done with: whoever waits for it may then take everything away.
+// The promise is kept last: whoever waits for it may then destroy everything that the scan uses.
 void runJob(ScanJob& job) {
   try {
     ScanResult result = scan(job);
@@ -174,7 +168,8 @@ std::future<DiskSweeperScan::ScanResult> DiskSweeperScan::runProgressiveScan(Fil
   try {
     std::thread([job] { runJob(*job); }).detach();
   } catch (const std::system_error&) {
-    job->promise.set_value(std::unexpected(scanError(job->root, std::errc::resource_unavailable_try_again)));
+    job->promise.set_value(
+        std::unexpected(scanError(job->root, std::make_error_code(std::errc::resource_unavailable_try_again))));
   }
   return result;
 }
