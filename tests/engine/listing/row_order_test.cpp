@@ -97,12 +97,12 @@ class ManyNames : public testing::Test {
   RowOrder order_;
 };
 
-TEST_F(ManyNames, GetTheirKeysOnAllProcessors) {
-  /// Lets nobody go on before all have come.
+TEST_F(ManyNames, GetTheirKeysOnSeveralThreads) {
+  /// Lets nobody go on before a second one has come.
   class MeetingFileSystem : public test::MemoryFileSystem {
    public:
     std::string nameSortKey(std::string_view name) override {
-      for (std::size_t come = 0; come < std::thread::hardware_concurrency(); std::this_thread::yield()) {
+      for (std::size_t come = 0; come < std::min(2U, std::thread::hardware_concurrency()); std::this_thread::yield()) {
         const std::lock_guard lock(mutex_);
         threads_.insert(std::this_thread::get_id());
         come = threads_.size();
