@@ -4,8 +4,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <iterator>
+#include <map>
 #include <memory>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
 
 #include "platform/posix/paths.h"
 
@@ -39,48 +43,61 @@ MountEntry entryOf(libmnt_fs* mount) {
           .isNetwork = mnt_fs_is_netfs(mount) == 1};
 }
 
-/// Null for the first mount, whose parent is not in the table or is the mount itself.
-const MountEntry* parentOf(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
-  const auto parent = std::ranges::find(mounts, mount.parentId, &MountEntry::id);
-  return parent == mounts.end() || parent->id == mount.id ? nullptr : &*parent;
-}
-
-/// Whether another mount covers all of `mount`: it is mounted on its root.
-bool isCovered(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
-  return std::ranges::any_of(mounts, [&mount](const MountEntry& other) {
-    return other.parentId == mount.id && other.id != mount.id && other.mountPoint == mount.mountPoint;
-  });
-}
-
-/// Whether another mount on the same parent hides the mount point of `mount`: one at a folder above it (mounted later,
-/// or it would be the parent), or a later one at the same folder (the result of propagation).
-bool isHidden(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
-  bool isLater = false;
-  for (const MountEntry& other : mounts) {
-    if (other.id == mount.id) {
-      isLater = true;
-    } else if (other.parentId == mount.parentId && isAtOrBelow(mount.mountPoint, other.mountPoint)) {
-      if (isLater || other.mountPoint != mount.mountPoint) return true;
+/// Tells which mounts a path can lead to, each at a cost that does not grow with their number.
+class MountTree {
+ public:
+  explicit MountTree(const std::vector<MountEntry>& mounts) : mounts_(mounts) {
+    for (std::size_t number = 0; number < mounts.size(); ++number) {
+      const MountEntry& mount = mounts[number];
+      byId_.emplace(mount.id, number);
+      // The first mount's parent is outside of what this process sees, or the mount itself.
+      if (mount.parentId != mount.id) last_[{mount.parentId, mount.mountPoint}] = number;
     }
   }
-  return false;
-}
 
-bool isReachable(const std::vector<MountEntry>& mounts, const MountEntry& mount) {
-  if (isCovered(mounts, mount)) return false;
-  std::size_t steps = 0;
-  for (const MountEntry* step = &mount; step != nullptr; step = parentOf(mounts, *step)) {
-    if (isHidden(mounts, *step) || ++steps > mounts.size()) return false;
+  bool isReachable(std::size_t number) const {
+    const MountEntry& mount = mounts_[number];
+    const bool isCovered = last_.contains({mount.id, mount.mountPoint});
+    if (isCovered) return false;
+    std::size_t steps = 0;
+    for (std::optional<std::size_t> step = number; step; step = parentOf(*step)) {
+      if (isHidden(*step) || ++steps > mounts_.size()) return false;
+    }
+    return true;
   }
-  return true;
-}
+
+ private:
+  std::optional<std::size_t> parentOf(std::size_t number) const {
+    const auto parent = byId_.find(mounts_[number].parentId);
+    return parent == byId_.end() || parent->second == number ? std::nullopt : std::optional(parent->second);
+  }
+
+  /// Whether another mount on the same parent hides the mount point: one at a folder above (mounted later, or it would be the
+  /// parent), or a later one at the same folder (the result of propagation).
+  bool isHidden(std::size_t number) const {
+    const MountEntry& mount = mounts_[number];
+    const auto same = last_.find({mount.parentId, mount.mountPoint});
+    if (same != last_.end() && same->second > number) return true;
+    for (std::string_view above = mount.mountPoint; above.size() > 1;) {
+      above = above.substr(0, std::max<std::size_t>(above.rfind('/'), 1));
+      if (last_.contains({mount.parentId, above})) return true;
+    }
+    return false;
+  }
+
+  const std::vector<MountEntry>& mounts_;
+  std::unordered_map<int, std::size_t> byId_;
+  std::map<std::pair<int, std::string_view>, std::size_t> last_;  // by parent and folder; the latest of several
+};
 
 }  // namespace
 
 std::vector<MountEntry> withoutHiddenMounts(const std::vector<MountEntry>& mounts) {
+  const MountTree tree(mounts);
   std::vector<MountEntry> reachable;
-  std::ranges::copy_if(mounts, std::back_inserter(reachable),
-                       [&mounts](const MountEntry& mount) { return isReachable(mounts, mount); });
+  for (std::size_t number = 0; number < mounts.size(); ++number) {
+    if (tree.isReachable(number)) reachable.push_back(mounts[number]);
+  }
   return reachable;
 }
 

@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -119,6 +121,71 @@ TEST(MountTable, MountThatIsItsOwnParentEndsTheClimb) {
   auto root = disk("/");
   root.parentId = root.id;
   EXPECT_THAT(withoutHiddenMounts({root}), ElementsAre(root));
+}
+
+TEST(MountTable, WhatIsMountedOnAMountThatIsItsOwnParentIsReachable) {
+  auto root = disk("/");
+  root.parentId = root.id;
+  auto home = disk("/home");
+  home.id = root.id + 1;
+  home.parentId = root.id;
+  EXPECT_THAT(withoutHiddenMounts({root, home}), ElementsAre(root, home));
+}
+
+/// Mounts one volume after another on folders that can be seen, now and then below others, as mount(8) does.
+class GrowingMounts {
+ public:
+  explicit GrowingMounts(std::uint32_t seed) : random_(seed) { mounts_.push_back(mount(0, "/")); }
+
+  void mountOne() {
+    const std::string folder = folders_[random_() % folders_.size()];
+    const bool isPropagated = random_() % 4 == 0;  // to any mount, whether it can be seen there or not
+    const MountEntry& parent = isPropagated ? mounts_[random_() % mounts_.size()] : holder(folder);
+    if (isAtOrBelow(folder, parent.mountPoint)) mounts_.push_back(mount(parent.id, folder));
+  }
+
+  const std::vector<MountEntry>& mounts() const { return mounts_; }
+
+  /// The mount that the kernel would find: from the first one on, always into what is mounted last on the folder.
+  const MountEntry& holder(const std::string& path) const {
+    const MountEntry* found = &mounts_.front();
+    for (const MountEntry* next = found; next != nullptr; next = nextOn(path, *found)) found = next;
+    return *found;
+  }
+
+ private:
+  const MountEntry* nextOn(const std::string& path, const MountEntry& parent) const {
+    const MountEntry* next = nullptr;
+    for (const MountEntry& mount : mounts_) {
+      if (mount.parentId != parent.id || !isAtOrBelow(path, mount.mountPoint)) continue;
+      // The way down meets the folder nearest to the root first, and there the latest mount.
+      if (next == nullptr || mount.mountPoint.size() <= next->mountPoint.size()) next = &mount;
+    }
+    return next;
+  }
+
+  MountEntry mount(int parentId, const std::string& folder) {
+    MountEntry entry = disk(folder);
+    entry.id = static_cast<int>(mounts_.size()) + 1;
+    entry.parentId = parentId;
+    return entry;
+  }
+
+  const std::vector<std::string> folders_{"/", "/a", "/a/b", "/a/b/c", "/ab", "/a/c", "/d"};
+  std::mt19937 random_;
+  std::vector<MountEntry> mounts_;
+};
+
+TEST(MountTable, AMountIsReachableWhenItsOwnFolderLeadsIntoIt) {
+  for (std::uint32_t seed = 0; seed < 200; ++seed) {
+    GrowingMounts growing(seed);
+    for (int i = 0; i < 12; ++i) growing.mountOne();
+    std::vector<MountEntry> expected;
+    for (const MountEntry& mount : growing.mounts()) {
+      if (growing.holder(mount.mountPoint).id == mount.id) expected.push_back(mount);
+    }
+    EXPECT_EQ(withoutHiddenMounts(growing.mounts()), expected) << "seed " << seed;
+  }
 }
 
 TEST(MountTable, ParentsInACircleAreNotReachable) {
