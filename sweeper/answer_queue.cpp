@@ -1,25 +1,16 @@
 #include "sweeper/answer_queue.h"
 
-#include <new>
-#include <thread>
 #include <utility>
 
 namespace dunmere {
 
-void AnswerQueue::put(Apply answer) {
-  for (;;) {
-    try {
-      const std::lock_guard lock(mutex_);
-      if (isClosed_) return;
-      // One call to the main thread takes all that wait.
-      if (answers_.empty() && !isAwaiting_) post();
-      answers_.push_back(std::move(answer));
-      came_.notify_all();
-      return;
-    } catch (const std::bad_alloc&) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-  }
+void AnswerQueue::add(Apply& answer) {
+  const std::lock_guard lock(mutex_);
+  if (isClosed_) return;
+  // One call to the main thread takes all that wait.
+  if (answers_.empty() && !isAwaiting_) post();
+  answers_.push_back(std::move(answer));
+  came_.notify_all();
 }
 
 void AnswerQueue::post() {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "sweeper/main_thread.h"
+#include "sweeper/memory_retry.h"
 
 namespace dunmere {
 
@@ -26,8 +27,13 @@ class AnswerQueue : public std::enable_shared_from_this<AnswerQueue> {
   AnswerQueue(MainThread& mainThread, std::function<void()> applyAll)
       : mainThread_(mainThread), applyAll_(std::move(applyAll)) {}
 
-  /// Never waits. Retries while memory is short: nobody else would tell the answer.
-  void put(Apply answer);
+  /// Waits for nothing but memory. `answer` is called like an Apply.
+  template <typename Answer>
+  void put(Answer answer) {
+    Apply apply;
+    untilMemoryAllows([&] { apply = std::move(answer); });  // memory is taken before `answer` is moved
+    untilMemoryAllows([&] { add(apply); });
+  }
 
   /// From here to stopAwaiting() the owner takes the answers itself.
   void startAwaiting();
@@ -38,6 +44,7 @@ class AnswerQueue : public std::enable_shared_from_this<AnswerQueue> {
   void close();
 
  private:
+  void add(Apply& answer);
   void post();
 
   MainThread& mainThread_;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "sweeper/memory_retry.h"
+
 namespace dunmere {
 
 namespace {
@@ -79,29 +81,33 @@ void ColumnReader::schedule(Background::Delay delay) {
   const auto work = [weak = weak_from_this()] {
     if (const auto reader = weak.lock()) reader->work();
   };
-  background_.run(folder_.bytes(), work, delay);
+  untilMemoryAllows([&] { background_.run(folder_.bytes(), work, delay); });
 }
 
 void ColumnReader::work() {
   std::optional<Request> request;
-  {
-    const std::lock_guard lock(mutex_);
-    request = std::exchange(next_, std::nullopt);
-    isScheduled_ = false;
-    isListing_ = request.has_value();
-    if (request) last_ = {request->number, request->inventory, Urgency::paced};
-  }
-  if (request) list(*request);
+  untilMemoryAllows([&] { request = takeRequest(); });
+  if (request) list(std::move(*request));
 }
 
-void ColumnReader::list(const Request& request) {
+std::optional<ColumnReader::Request> ColumnReader::takeRequest() {
+  const std::lock_guard lock(mutex_);
+  if (next_) last_ = {next_->number, next_->inventory, Urgency::paced};
+  isScheduled_ = false;
+  isListing_ = next_.has_value();
+  return std::exchange(next_, std::nullopt);
+}
+
+void ColumnReader::list(Request request) {
   using Looks = ColumnListing::Looks;
   const Clock::time_point begin = Clock::now();
   const auto lookAtLinks = [&](const auto& folder, const auto& names) {
     return links_->look(folder, names, request.onlyNewLinks);
   };
   const Looks looks = request.inventory.scanComplete ? Looks::all : Looks::some;
-  answer_(request.number, listing_.list(fileSystem_, request.inventory, looks, lookAtLinks));
+  Rows rows;
+  untilMemoryAllows([&] { rows = listing_.list(fileSystem_, request.inventory, looks, lookAtLinks); });
+  answer_(request.number, std::move(rows));
   const Clock::time_point end = Clock::now();
   const Background::Delay pause = pauseAfter(end - begin);
   bool isUrgent = false;
@@ -110,7 +116,7 @@ void ColumnReader::list(const Request& request) {
     isListing_ = false;
     pausedUntil_ = end + pause;
     // Nobody asks for what is still missing: a scan that is stuck publishes no snapshots.
-    if (!next_ && listing_.hasUnseen()) next_ = {request.number, request.inventory, Urgency::paced};
+    if (!next_ && listing_.hasUnseen()) next_ = {request.number, std::move(request.inventory), Urgency::paced};
     if (!next_) return;
     isUrgent = next_->urgency == Urgency::atOnce;
     isScheduled_ = true;

@@ -54,7 +54,8 @@ class ColumnReader : public std::enable_shared_from_this<ColumnReader> {
   void requestLinks();
   void schedule(Background::Delay delay);
   void work();
-  void list(const Request& request);
+  std::optional<Request> takeRequest();
+  void list(Request request);
 
   FileSystem& fileSystem_;
   Background& background_;

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <utility>
 
+#include "sweeper/memory_retry.h"
+
 namespace dunmere {
 
 LinkLooks::LinkLooks(Background& background, std::string folder, std::function<void()> late)
@@ -58,16 +60,17 @@ void LinkLooks::walk() {
     waiting_.pop_front();
     const std::shared_ptr<OpenFolder> folder = folder_;
     lock.unlock();
-    LinkTarget target = folder->resolveLink(name);
+    LinkTarget target;
+    untilMemoryAllows([&] { target = folder->resolveLink(name); });
     lock.lock();
     asked_.erase(name);
-    targets_.emplace_back(name, std::move(target));
+    untilMemoryAllows([&] { targets_.emplace_back(name, target); });
   }
   folder_.reset();
   found_.notify_all();
   const bool isLate = hasWork && !isAwaited_ && !isClosed_ && !targets_.empty();
   lock.unlock();
-  if (isLate) late_();
+  if (isLate) untilMemoryAllows(late_);
 }
 
 }  // namespace dunmere

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <chrono>
 #include <future>
-#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -14,6 +13,7 @@
 #include "sweeper/byte_count_text.h"
 #include "sweeper/disk_sweeper_pane.h"
 #include "sweeper/error_text.h"
+#include "sweeper/memory_retry.h"
 #include "sweeper/snapshot_mailbox.h"
 
 namespace dunmere {
@@ -23,19 +23,6 @@ namespace {
 std::string scanStatusText(const SweepInventory& snapshot) {
   const std::string counted = std::to_string(snapshot.fileCount) + " files · " + byteCountText(snapshot.totalFileBytes);
   return snapshot.scanComplete ? counted : counted + " scanned";
-}
-
-/// Does `work` in spite of a lack of memory, which may well be what it tells of: nobody else would tell it.
-template <typename Work>
-void doWhenPossible(Work work) {
-  for (;;) {
-    try {
-      work();
-      return;
-    } catch (const std::bad_alloc&) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-  }
 }
 
 }  // namespace
@@ -78,7 +65,7 @@ void DiskSweeperPane::startScan(const FileUrl& root) {
     // A scan that ended well has already delivered its last snapshot.
     const DiskSweeperScan::ScanResult result = scan.get();
     if (result) return;
-    doWhenPossible([&] {
+    untilMemoryAllows([&] {
       mailbox->deliver([this, error = result.error()] {
         failScan(error);
         changed();

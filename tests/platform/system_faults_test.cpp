@@ -15,6 +15,7 @@
 #include "engine/disk_sweeper_scan.h"
 #include "engine/listing/column_listing.h"
 #include "platform/platform_file_system.h"
+#include "sweeper/background_threads.h"
 #include "sweeper/disk_sweeper_pane.h"
 #include "tests/platform/folder_contents.h"
 #include "tests/support/background_queue.h"
@@ -315,6 +316,30 @@ TEST_F(ListingFaults, MemoryOfAFailedListingIsNotBelieved) {
 }
 
 // ---- The pane ----
+
+TEST_F(ListingFaults, AColumnOfThePaneFailsOrIsWhole) {
+  tree.link("a/link", "one");
+  const std::size_t whole = list().value().size();
+  constexpr std::size_t kRootRows = 6;
+  int first = 1;
+  for (bool hasFailed = true; hasFailed && !HasFailure(); ++first) {
+    SCOPED_TRACE("call " + std::to_string(first));
+    FakeDesktop desktop;
+    MainThreadQueue mainThread;
+    BackgroundThreads background;
+    DiskSweeperPane pane(*files, desktop, mainThread, background, {[] { return false; }, [](bool) {}});
+    pane.beginBrowsing(tree.url());
+    const auto isListed = [&](std::size_t column, std::size_t rows) {
+      return pane.loadError() || pane.columnChildren().at(column).size() == rows;
+    };
+    ASSERT_TRUE(mainThread.runUntil([&] { return pane.inventory()->scanComplete && isListed(0, kRootRows); }));
+    const FailingCall failing(Fallible::memory, first, ENOMEM, {.lasting = false, .sparesCaller = true});
+    pane.selectItem({folder, "a", true}, 0);
+    EXPECT_TRUE(mainThread.runUntil([&] { return isListed(1, whole); }));
+    hasFailed = failing.hasFailed();
+  }
+  EXPECT_GT(first, 10) << "hardly anything failed";
+}
 
 TEST_F(SystemFaults, PaneHearsOfAScanThatRanOutOfMemoryOnceThereIsSomeAgain) {
   for (int first = 1; first < 60 && !HasFailure(); ++first) {
