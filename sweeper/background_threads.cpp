@@ -4,9 +4,9 @@
 #include <chrono>
 #include <condition_variable>
 #include <list>
+#include <map>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -30,28 +30,36 @@ struct Work {
 
 /// What threads share. Everything is under the mutex.
 struct BackgroundThreads::Shared {
+  struct Place {
+    std::size_t waiting = 0;
+    bool isBusy = false;  // somebody is at work for it
+  };
+
   mutable std::mutex mutex;
   std::condition_variable changed;
-  std::list<Work> waiting;     // in the order of the calls
-  std::set<std::string> busy;  // places that somebody is at work for
+  std::list<Work> waiting;              // in the order of the calls
+  std::map<std::string, Place> places;  // with works that wait or are done
+  std::size_t placesToBegin = 0;        // where works wait and nobody is busy
   std::size_t threads = 0;
   std::size_t working = 0;
   bool isClosing = false;
 
-  std::size_t placesToBegin() const {
-    std::set<std::string_view> places;
-    for (const Work& work : waiting) {
-      if (!busy.contains(work.place)) places.insert(work.place);
-    }
-    return places.size();
+  void add(Work work) {
+    Place& place = places[work.place];
+    waiting.push_back(std::move(work));
+    if (++place.waiting == 1 && !place.isBusy) ++placesToBegin;
   }
 
   /// The first work that may begin now; else, when one will be due, the time in `next`.
   std::optional<Work> take(std::optional<Clock::time_point>& next) {
     const auto now = Clock::now();
     for (auto work = waiting.begin(); work != waiting.end(); ++work) {
-      if (busy.contains(work->place)) continue;
+      Place& place = places.at(work->place);
+      if (place.isBusy) continue;
       if (work->due <= now) {
+        place.isBusy = true;
+        --place.waiting;
+        --placesToBegin;
         Work taken = std::move(*work);
         waiting.erase(work);
         return taken;
@@ -82,14 +90,19 @@ struct BackgroundThreads::Shared {
   std::size_t free() const { return threads - working; }
 
   void finish(Work& work, std::unique_lock<std::mutex>& lock) {
-    busy.insert(work.place);
     ++working;
     lock.unlock();
     work.run();
     work.run = nullptr;  // what it owns may take time to go
     lock.lock();
-    busy.erase(work.place);
     --working;
+    const auto place = places.find(work.place);
+    place->second.isBusy = false;
+    if (place->second.waiting > 0) {
+      ++placesToBegin;
+    } else {
+      places.erase(place);
+    }
     changed.notify_all();  // others may wait for the place
   }
 };
@@ -115,9 +128,9 @@ void BackgroundThreads::startThread(const std::shared_ptr<Shared>& shared) {
 
 void BackgroundThreads::run(const std::string& place, std::function<void()> work, Delay delay) {
   const std::lock_guard lock(shared_->mutex);
-  shared_->waiting.push_back({place, std::move(work), Clock::now() + delay});
+  shared_->add({place, std::move(work), Clock::now() + delay});
   shared_->changed.notify_one();
-  if (shared_->free() >= shared_->placesToBegin() || shared_->threads >= kMostThreads) return;
+  if (shared_->free() >= shared_->placesToBegin || shared_->threads >= kMostThreads) return;
   try {
     startThread(shared_);
   } catch (const std::exception&) {

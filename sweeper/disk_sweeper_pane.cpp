@@ -40,6 +40,9 @@ void DiskSweeperPane::ask(std::chrono::milliseconds moment, const std::function<
     apply();
   }
   answers_->stopAwaiting();
+  // Once for all the drives that have answered.
+  auto volumes = volumeReader_ ? volumeReader_->takeNews() : std::nullopt;
+  if (volumes) volumes_ = std::move(*volumes);
 }
 
 bool DiskSweeperPane::isAwaiting(std::uint64_t firstQuestion) const {
@@ -72,9 +75,7 @@ void DiskSweeperPane::appear() {
 
 void DiskSweeperPane::listVolumes() {
   volumeQuestion_ = ++lastQuestion_;
-  volumeReader_ = VolumeReader::start(fileSystem_, background_, answers_, [this] {
-    if (auto volumes = volumeReader_->volumes()) volumes_ = std::move(*volumes);
-  });
+  volumeReader_ = VolumeReader::start(fileSystem_, background_, answers_);
 }
 
 void DiskSweeperPane::pendingGoToDrivesChanged() {

@@ -5,19 +5,19 @@
 #include <utility>
 
 #include "engine/disk_sweeper_scan.h"
+#include "sweeper/memory_retry.h"
 
 namespace dunmere {
 
 std::shared_ptr<VolumeReader> VolumeReader::start(FileSystem& fileSystem, Background& background,
-                                                  const std::shared_ptr<AnswerQueue>& answers, Changed changed) {
-  const std::shared_ptr<VolumeReader> reader(new VolumeReader(fileSystem, background, answers, std::move(changed)));
+                                                  const std::shared_ptr<AnswerQueue>& answers) {
+  const std::shared_ptr<VolumeReader> reader(new VolumeReader(fileSystem, background, answers));
   reader->readTable();
   return reader;
 }
 
-VolumeReader::VolumeReader(FileSystem& fileSystem, Background& background, std::shared_ptr<AnswerQueue> answers,
-                           Changed changed)
-    : fileSystem_(fileSystem), background_(background), answers_(std::move(answers)), changed_(std::move(changed)) {}
+VolumeReader::VolumeReader(FileSystem& fileSystem, Background& background, std::shared_ptr<AnswerQueue> answers)
+    : fileSystem_(fileSystem), background_(background), answers_(std::move(answers)) {}
 
 /// Has `apply` called with the answer, unless this listing is gone by then.
 template <typename Result>
@@ -26,12 +26,14 @@ void VolumeReader::ask(const std::string& place, std::function<Result(FileSystem
   ++open_;
   background_.run(place, [&fileSystem = fileSystem_, question = std::move(question), apply, drive, answers = answers_,
                           reader = weak_from_this()] {
-    answers->put([reader, apply, drive, result = question(fileSystem)]() mutable {
+    Result result;
+    untilMemoryAllows([&] { result = question(fileSystem); });
+    answers->put([reader, apply, drive, result = std::move(result)]() mutable {
       const std::shared_ptr<VolumeReader> asker = reader.lock();
       if (!asker) return;
       --asker->open_;
       (*asker.*apply)(drive, std::move(result));
-      asker->changed_();
+      asker->hasNews_ = true;
     });
   });
 }
@@ -41,7 +43,6 @@ void VolumeReader::readTable() {
 }
 
 void VolumeReader::applyTable(std::size_t, std::optional<std::vector<VolumeMount>> candidates) {
-  isRead_ = true;
   if (candidates) {
     for (VolumeMount& candidate : *candidates) drives_.push_back({std::move(candidate), false, {}});
   }
@@ -69,8 +70,8 @@ void VolumeReader::applyFallback(std::size_t, std::vector<SweeperVolume> volumes
   fallback_ = std::move(volumes);
 }
 
-std::optional<std::vector<SweeperVolume>> VolumeReader::volumes() const {
-  if (!isRead_) return std::nullopt;
+std::optional<std::vector<SweeperVolume>> VolumeReader::takeNews() {
+  if (!std::exchange(hasNews_, false)) return std::nullopt;
   if (fallback_) return fallback_;
   std::vector<SweeperVolume> volumes;
   for (const Drive& drive : drives_) {

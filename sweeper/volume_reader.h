@@ -17,17 +17,15 @@ namespace dunmere {
 /// One listing of the drives. Made anew for every listing; what comes for one that is gone is dropped. Main thread.
 class VolumeReader : public std::enable_shared_from_this<VolumeReader> {
  public:
-  using Changed = std::function<void()>;
-
-  /// `changed` is called when volumes() has changed. The file system and the background must outlive every question.
+  /// The file system and the background must outlive every question.
   static std::shared_ptr<VolumeReader> start(FileSystem& fileSystem, Background& background,
-                                             const std::shared_ptr<AnswerQueue>& answers, Changed changed);
+                                             const std::shared_ptr<AnswerQueue>& answers);
 
   /// What is known by now, sorted by name: a drive that has not answered yet has the name that the table of mounts
-  /// tells, and 0 total bytes. None before the table was read.
-  std::optional<std::vector<SweeperVolume>> volumes() const;
+  /// tells, and 0 total bytes.
+  std::optional<std::vector<SweeperVolume>> takeNews();
   /// Whether all have answered.
-  bool isDone() const { return isRead_ && open_ == 0; }
+  bool isDone() const { return open_ == 0; }
 
  private:
   struct Drive {
@@ -36,7 +34,7 @@ class VolumeReader : public std::enable_shared_from_this<VolumeReader> {
     std::optional<SweeperVolume> volume;
   };
 
-  VolumeReader(FileSystem& fileSystem, Background& background, std::shared_ptr<AnswerQueue> answers, Changed changed);
+  VolumeReader(FileSystem& fileSystem, Background& background, std::shared_ptr<AnswerQueue> answers);
 
   template <typename Result>
   void ask(const std::string& place, std::function<Result(FileSystem&)> question,
@@ -50,10 +48,9 @@ class VolumeReader : public std::enable_shared_from_this<VolumeReader> {
   FileSystem& fileSystem_;
   Background& background_;
   const std::shared_ptr<AnswerQueue> answers_;
-  const Changed changed_;
   std::vector<Drive> drives_;
   std::optional<std::vector<SweeperVolume>> fallback_;
-  bool isRead_ = false;
+  bool hasNews_ = false;
   std::size_t open_ = 0;  // questions
 };
 
