@@ -10,10 +10,12 @@ namespace dunmere {
 namespace {
 
 /// Nine times as long as the listing took, so that a scan beside it is hardly slowed down; but a disk that is slow
-/// rather than busy is asked again soon.
+/// rather than busy is asked again soon. Nobody reads sizes that change more than twenty times a second, and showing
+/// them costs more than finding them.
 Background::Delay pauseAfter(Background::Delay listing) {
+  constexpr Background::Delay kShortest = std::chrono::milliseconds(50);
   constexpr Background::Delay kLongest = std::chrono::seconds(2);
-  return std::min(9 * listing, kLongest);
+  return std::clamp(9 * listing, kShortest, kLongest);
 }
 
 }  // namespace
