@@ -128,7 +128,8 @@ void ColumnListing::keepTargets(const LinkTargets& targets) {
 
 std::int64_t ColumnListing::allowedLooks(FileSystem::Instant now) const {
   constexpr FileSystem::Instant kSecond = std::chrono::seconds(1);
-  return std::max(kLeastLooks, std::min(now - lastLook_, kSecond) * kLooksPerSecond / kSecond);
+  const FileSystem::Instant span = now - lastLook_.value_or(now);
+  return std::max(kLeastLooks, std::min(span, kSecond) * kLooksPerSecond / kSecond);
 }
 
 /// A file that cannot be asked, or is none any more, has no size.

@@ -36,8 +36,8 @@ class ColumnListing {
   /// With Looks::some. Slows a scan of 1 µs a file down by a twentieth if the disk answers as fast as memory; a slower
   /// disk is asked less often anyway.
   static constexpr std::int64_t kLooksPerSecond = 50'000;
-  /// With Looks::some, at least so many, so that most folders are complete at once.
-  static constexpr std::int64_t kLeastLooks = 512;
+  /// With Looks::some, at least so many, and only so many by the first listing, which somebody waits for.
+  static constexpr std::int64_t kLeastLooks = 2'000;
   /// With Looks::some. What has not been looked at by then waits for the next listing.
   static constexpr FileSystem::Instant kLongestLook = std::chrono::milliseconds(40);
 
@@ -95,7 +95,7 @@ class ColumnListing {
   RowOrder order_;
   RowPosition nextLook_ = 0;
   std::size_t unseen_ = 0;
-  FileSystem::Instant lastLook_{0};
+  std::optional<FileSystem::Instant> lastLook_;
 };
 
 }  // namespace dunmere

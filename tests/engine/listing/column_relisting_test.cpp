@@ -145,8 +145,8 @@ TEST_F(Relisting, WhileAScanGoesOnUncountedFilesAreLookedAtInTurn) {
     EXPECT_EQ(listing_.hasUnseen(), listing < 4);
   }
   EXPECT_EQ(rows_, listAnew());
-  fileSystem_.advanceClock(std::chrono::milliseconds(20));
-  EXPECT_EQ(looksOfListing(), ColumnListing::kLooksPerSecond / 50);
+  fileSystem_.advanceClock(std::chrono::milliseconds(100));
+  EXPECT_EQ(looksOfListing(), ColumnListing::kLooksPerSecond / 10);
   inventory_.scanComplete = true;
   EXPECT_EQ(looksOfListing(), kFiles);
   EXPECT_EQ(looksOfListing(), kFiles);
