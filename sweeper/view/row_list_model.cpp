@@ -24,20 +24,27 @@ RowListModel::RowListModel(QObject* parent) : QAbstractListModel(parent) {}
 void RowListModel::update(const ColumnRows& rows, std::optional<std::size_t> selectedRow) {
   if (rows.generation() == shown_.generation() && selectedRow == selectedRow_) return;
   const QPersistentModelIndex oldSelected(selectedRow_ ? index(toInt(*selectedRow_)) : QModelIndex());
-  const auto& changed = rows.changes().shownAnew;
-  const bool follows = rows.changes().since == shown_.generation() && rows.generation() != shown_.generation();
   next_ = rows;
   nextSelectedRow_ = selectedRow;
   if (rows.generation() != shown_.generation()) changeRows();
+  const bool isResorted = rows.generation() == shown_.generation();
   shown_ = std::exchange(next_, {});
   selectedRow_ = selectedRow;
-  if (follows) {
-    for (const auto& [first, last] : changed) Q_EMIT dataChanged(index(toInt(first)), index(toInt(last)));
-  }
+  if (!isResorted) tellValues(rows.changes().shownAnew);
   const QModelIndex newSelected = selectedRow ? index(toInt(*selectedRow)) : QModelIndex();
   if (oldSelected == newSelected) return;
   if (oldSelected.isValid()) Q_EMIT dataChanged(oldSelected, oldSelected);
   if (newSelected.isValid()) Q_EMIT dataChanged(newSelected, newSelected);
+}
+
+/// Many runs are told as one: a view looks at the rows that it shows only.
+void RowListModel::tellValues(const std::vector<std::pair<std::size_t, std::size_t>>& runs) {
+  constexpr std::size_t kManyRuns = 100;
+  if (runs.size() > kManyRuns) {
+    Q_EMIT dataChanged(index(toInt(runs.front().first)), index(toInt(runs.back().second)));
+    return;
+  }
+  for (const auto& [first, last] : runs) Q_EMIT dataChanged(index(toInt(first)), index(toInt(last)));
 }
 
 /// Brings the rows of next_ to where they belong.
@@ -167,37 +174,46 @@ void RowListModel::applySteps(const std::vector<ListChange>& steps) {
   }
 }
 
-// Four steps whatever changed: the rows that go are sorted to the end and removed there, the new ones are added there,
-// and all are sorted into their order. A view keeps its place, for no row above it comes or goes.
+// Few steps whatever changed: the rows that go are sorted to the end and removed there, the new ones are added there,
+// and all are sorted into their order, with their new values. A view keeps its place, for no row above it comes or
+// goes.
 void RowListModel::resort(const ListMatch& match) {
-  std::vector<std::size_t> survivors;  // old positions, in the new order
-  std::vector<bool> survives(match.oldCount, false);
-  for (const std::size_t oldIndex : match.oldIndex) {
-    if (oldIndex == kNew) continue;
-    survivors.push_back(oldIndex);
-    survives[oldIndex] = true;
-  }
-  const std::size_t kept = survivors.size();
-  std::vector<std::size_t> order = std::move(survivors);
-  for (std::size_t row = 0; row < match.oldCount; ++row) {
-    if (!survives[row]) order.push_back(row);
-  }
-  reorder(order);
-  removeRange(kept, match.oldCount - kept);
-
+  std::vector<std::size_t> newRows(match.oldCount, kNew);
   std::vector<RowId> added;
-  std::size_t nextKept = 0;
-  order.clear();
-  for (std::size_t row = 0; row < next_.size(); ++row) {
-    if (match.oldIndex[row] != kNew) {
-      order.push_back(nextKept++);
-    } else {
-      order.push_back(kept + added.size());
+  for (std::size_t row = 0; row < match.oldIndex.size(); ++row) {
+    if (match.oldIndex[row] == kNew) {
       added.push_back(kOfNext | static_cast<RowId>(row));
+    } else {
+      newRows[match.oldIndex[row]] = row;
     }
   }
-  insertRange(kept, added);
-  reorder(order);
+  removeAll(newRows);
+  insertRange(order_.size(), added);
+  sortRows([&] {
+    std::vector<std::size_t> positions;
+    for (const RowId id : order_) positions.push_back((id & kOfNext) != 0 ? id & ~kOfNext : newRows[id]);
+    order_.clear();
+    shown_ = next_;
+    selectedRow_ = nextSelectedRow_;
+    return positions;
+  });
+}
+
+/// Removes the rows that have no new row.
+void RowListModel::removeAll(const std::vector<std::size_t>& newRows) {
+  const auto isKept = [&newRows](RowId id) { return newRows[id] != kNew; };
+  const auto kept = static_cast<std::size_t>(std::ranges::count_if(order_, isKept));
+  if (!std::ranges::is_partitioned(order_, isKept)) {
+    sortRows([&] {
+      std::vector<std::size_t> positions;
+      std::size_t nextKept = 0;
+      std::size_t nextGone = kept;
+      for (const RowId id : order_) positions.push_back(isKept(id) ? nextKept++ : nextGone++);
+      std::ranges::stable_partition(order_, isKept);
+      return positions;
+    });
+  }
+  removeRange(kept, order_.size() - kept);
 }
 
 void RowListModel::removeRange(std::size_t first, std::size_t count) {
@@ -232,19 +248,13 @@ void RowListModel::moveRow(std::size_t from, std::size_t to) {
   endMoveRows();
 }
 
-void RowListModel::reorder(const std::vector<std::size_t>& oldPositions) {
+/// `sort` puts the rows in another order and tells where each of them went.
+void RowListModel::sortRows(const std::function<std::vector<std::size_t>()>& sort) {
   Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint);
-  std::vector<RowId> sorted;
-  sorted.reserve(order_.size());
-  std::vector<int> newPositions(order_.size());
-  for (const std::size_t position : oldPositions) {
-    newPositions[position] = toInt(sorted.size());
-    sorted.push_back(order_[position]);
-  }
-  order_ = std::move(sorted);
+  const std::vector<std::size_t> positions = sort();
   const QModelIndexList held = persistentIndexList();
   for (const QModelIndex& was : held) {
-    changePersistentIndex(was, index(newPositions[static_cast<std::size_t>(was.row())]));
+    changePersistentIndex(was, index(toInt(positions[static_cast<std::size_t>(was.row())])));
   }
   Q_EMIT layoutChanged({}, VerticalSortHint);
 }

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "engine/listing/column_rows.h"
@@ -82,10 +83,12 @@ class RowListModel : public QAbstractListModel {
   void changeRows();
   void applySteps(const std::vector<ListChange>& steps);
   void resort(const ListMatch& match);
+  void removeAll(const std::vector<std::size_t>& newRows);
   void removeRange(std::size_t first, std::size_t count);
   void insertRange(std::size_t first, const std::vector<RowId>& added);
   void moveRow(std::size_t from, std::size_t to);
-  void reorder(const std::vector<std::size_t>& oldPositions);
+  void sortRows(const std::function<std::vector<std::size_t>()>& sort);
+  void tellValues(const std::vector<std::pair<std::size_t, std::size_t>>& runs);
   void keepPlaces(const std::function<void()>& change);
 
   ColumnRows shown_;
