@@ -108,6 +108,15 @@ void SweeperHarness::removeEntry(const QString& path) {
   world_->fileSystem.remove(bytesOf(path));
 }
 
+void SweeperHarness::holdDisk() {
+  world_->background.hold();
+}
+
+void SweeperHarness::releaseDisk() {
+  world_->background.release();
+  world_->mainThread.runQueued();
+}
+
 void SweeperHarness::chooseFolder(const QString& path) {
   world_->desktop.nextChoice = path.isEmpty() ? std::nullopt : std::optional(FileUrl(bytesOf(path)));
 }

@@ -51,6 +51,10 @@ class SweeperHarness : public QObject {
   Q_INVOKABLE void makeUnreadable(const QString& path);
   Q_INVOKABLE void removeEntry(const QString& path);
 
+  /// From now on the disk answers nothing, until releaseDisk().
+  Q_INVOKABLE void holdDisk();
+  Q_INVOKABLE void releaseDisk();
+
   /// What the folder chooser answers from now on; an empty path cancels.
   Q_INVOKABLE void chooseFolder(const QString& path);
   /// The system's code that the next moves to the Trash fail with; 0 lets them succeed.

@@ -386,4 +386,32 @@ TestCase {
         compare(openColumns(), 2);
         compare(findChild(item("sweeperColumn1"), "rowList").count, 0);
     }
+
+    function test_a_column_that_is_being_read_says_so_until_its_rows_come() {
+        sweep();
+        harness.holdDisk();
+        harness.viewModel.selectRow(0, harness.rowOf(0, "Music"));
+        item("columnRow").forceLayout();
+        const column = item("sweeperColumn1");
+        const spinner = findChild(column, "columnSpinner");
+        const list = findChild(column, "rowList");
+        verify(spinner.visible);
+        compare(box(spinner, column), Qt.rect((column.width - 16) / 2, 12, 16, 16));
+        compare(list.Accessible.description, "Reading…");
+        harness.releaseDisk();
+        row(1, "song.mp3");
+        verify(!spinner.visible);
+        compare(list.Accessible.description, "");
+    }
+
+    function test_a_column_keeps_its_rows_while_they_are_read_again() {
+        sweep();
+        harness.holdDisk();
+        harness.viewModel.selectRow(0, harness.rowOf(0, "Music"));
+        harness.releaseDisk();
+        harness.holdDisk();
+        harness.viewModel.selectRow(0, harness.rowOf(0, "Music"));
+        row(1, "song.mp3");
+        verify(!findChild(item("sweeperColumn1"), "columnSpinner").visible);
+    }
 }
