@@ -9,19 +9,11 @@
 #include <functional>
 #include <future>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "engine/disk_sweeper_scan.h"
-#include "platform/platform_file_system.h"
-#include "platform/trash.h"
-#include "sweeper/background_threads.h"
-#include "sweeper/disk_sweeper_pane.h"
-#include "tests/platform/folder_contents.h"
-#include "tests/support/fake_desktop.h"
+#include "tests/platform/real_pane.h"
 #include "tests/support/machine.h"
-#include "tests/support/main_thread_queue.h"
 #include "tests/support/own_mounts.h"
 #include "tests/support/temporary_tree.h"
 
@@ -33,32 +25,12 @@ std::ptrdiff_t threads() {
   return std::distance(begin(all), end(all));
 }
 
-/// Its Trash is the real one.
-class TrashDesktop : public FakeDesktop {
- public:
-  explicit TrashDesktop(FileSystem& files) : trash_(files) {}
-  std::unique_ptr<TrashableItem> holdItem(const FileUrl& url) override { return trash_.hold(url); }
-
- private:
-  Trash trash_;
-};
-
-/// A test's own mounts, and what a hanging thread still uses when the test's process ends: never destroyed.
-class World {
- public:
-  static World& make(const TemporaryTree& tree) { return *new World(tree); }
+struct World : RealPane {
+  explicit World(const TemporaryTree& tree) : share(tree.path("share"), tree.path("fuse")) {}
 
   bool runUntil(const std::function<bool()>& done) { return mainThread.runUntil(done); }
 
-  std::unique_ptr<FileSystem> files = makePlatformFileSystem();
-  TrashDesktop desktop{*files};
-  MainThreadQueue mainThread;
-  BackgroundThreads background;
   DeadShare share;
-  DiskSweeperPane pane{*files, desktop, mainThread, background, {[] { return false; }, [](bool) {}}};
-
- private:
-  explicit World(const TemporaryTree& tree) : share(tree.path("share"), tree.path("fuse")) {}
 };
 
 class DeadShareTest : public ::testing::Test {
@@ -81,7 +53,7 @@ class DeadShareTest : public ::testing::Test {
 
   void expect(const std::function<void(World& world)>& body) {
     const auto result = runWithOwnMounts([&] {
-      World& world = World::make(tree);
+      World& world = *new World(tree);
       world.pane.beginBrowsing(tree.url());
       EXPECT_TRUE(world.runUntil([&] { return !world.pane.columnChildren().at(0).empty(); }));
       body(world);
