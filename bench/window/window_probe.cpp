@@ -2,6 +2,7 @@
 //
 //   first-frame              when the first frame was on the screen, in nanoseconds of the monotonic clock, and the
 //                            most memory until then, in bytes
+//   drives                   frames while the list of drives is asked for again
 //   sweep ROOT [NAME...]     frames of the window at rest, while it begins a sweep of ROOT and while it sweeps it; each
 //                            NAME is a folder to open in one more column as soon as the sweep has begun
 //   end ROOT [NAME...]       the same sweep in a window that paints only what the sweep changes: when it ends
@@ -26,6 +27,7 @@
 #include "bench/json_text.h"
 #include "bench/peak_memory.h"
 #include "bench/window/frame_recorder.h"
+#include "bench/window/main_thread_stretches.h"
 #include "bench/window/window_run.h"
 #include "engine/file_system.h"
 #include "platform/platform_file_system.h"
@@ -55,11 +57,11 @@ Options parseOptions(const std::vector<std::string>& arguments) {
       words.push_back(argument);
     }
   }
-  const bool complete = !words.empty() && ((words[0] == "first-frame" && words.size() == 1) ||
+  const bool complete = !words.empty() && (((words[0] == "first-frame" || words[0] == "drives") && words.size() == 1) ||
                                            ((words[0] == "sweep" || words[0] == "end") && words.size() >= 2) ||
                                            ((words[0] == "column" || words[0] == "uncounted") && words.size() == 3));
   if (!complete) {
-    std::cerr << "usage: window_probe [--software] first-frame | sweep|end ROOT [NAME...] | "
+    std::cerr << "usage: window_probe [--software] first-frame | drives | sweep|end ROOT [NAME...] | "
                  "column|uncounted ROOT NAME\n";
     std::exit(kBadUsage);
   }
@@ -83,17 +85,20 @@ class Phases {
 
   template <typename Step>
   void measure(std::string_view name, Step step) {
+    startStretches();
     const double usedBefore = threadSeconds();
     const Clock::time_point start = Clock::now();
     step();
     const Clock::time_point end = Clock::now();
     const double used = threadSeconds() - usedBefore;
+    const auto stretch = longestStretch();
     const std::size_t seen = window_.frames().frames();
     while (window_.frames().frames() == seen) window_.run(5ms);
     const FrameIntervals intervals = window_.frames().between(start, end);
     json_.key(name).openObject();
     json_.key("seconds").seconds(std::chrono::duration<double>(end - start).count());
     json_.key("mainThreadSeconds").seconds(used);
+    json_.key("longestStretch").seconds(std::chrono::duration<double>(stretch).count());
     json_.key("frames").integer(static_cast<std::int64_t>(intervals.count));
     json_.key("median").seconds(intervals.median);
     json_.key("percentile99").seconds(intervals.percentile99);
@@ -110,6 +115,49 @@ class Phases {
   JsonText& json_;
 };
 
+void measureDrives(FileSystem& fileSystem, JsonText& json) {
+  WindowRun window(fileSystem, {}, true);
+  Phases phases(window, json);
+  phases.rest("rest");
+  phases.measure("drives", [&] {
+    window.goToDrives();
+    window.run(2000ms);
+  });
+  json.key("shown").integer(window.pane().volumes()->count());
+}
+
+/// Counts what a healthy disk must never cause: columns whose rows vanish, and errors.
+class Disturbances {
+ public:
+  explicit Disturbances(SweeperViewModel& pane) : pane_(pane) {
+    QObject::connect(&pane, &SweeperViewModel::loadErrorTextChanged, &context_, [this] {
+      if (!pane_.loadErrorText().isEmpty()) ++errors_;
+    });
+    QObject::connect(pane.columns(), &ColumnListModel::rowsInserted, &context_, [this] { watchColumns(); });
+  }
+
+  int vanished() const { return vanished_; }
+  int errors() const { return errors_; }
+
+ private:
+  void watchColumns() {
+    const ColumnListModel& columns = *pane_.columns();
+    for (int column = watched_; column < columns.count(); ++column) {
+      auto* const rows = columns.data(columns.index(column), ColumnListModel::RowsRole).value<RowListModel*>();
+      QObject::connect(rows, &RowListModel::countChanged, &context_, [this, rows] {
+        if (rows->count() == 0) ++vanished_;
+      });
+    }
+    watched_ = columns.count();
+  }
+
+  SweeperViewModel& pane_;
+  QObject context_;
+  int watched_ = 0;
+  int vanished_ = 0;
+  int errors_ = 0;
+};
+
 void measureFirstFrame(FileSystem& fileSystem, const Options& options, JsonText& json) {
   WindowRun window(fileSystem, options.root, false);
   json.key("firstFrame").integer(std::chrono::nanoseconds(window.frames().firstFrame().time_since_epoch()).count());
@@ -120,6 +168,7 @@ void measureSweep(FileSystem& fileSystem, const Options& options, JsonText& json
   const bool animated = options.what == "sweep";
   WindowRun window(fileSystem, options.root, animated);
   Phases phases(window, json);
+  const Disturbances disturbances(window.pane());
   if (animated) phases.rest("rest");
   const Clock::time_point start = Clock::now();
   phases.measure("begin", [&] {
@@ -134,6 +183,8 @@ void measureSweep(FileSystem& fileSystem, const Options& options, JsonText& json
     window.runUntilSweepEnds();
     end = Clock::now();
   });
+  json.key("vanished").integer(disturbances.vanished());
+  json.key("errors").integer(disturbances.errors());
   json.key("sweepSeconds").seconds(std::chrono::duration<double>(end - start).count());
   json.key("status").text(window.pane().statusStripText().toStdString());
 }
@@ -180,6 +231,7 @@ void measureColumn(FileSystem& fileSystem, const Options& options, JsonText& jso
 
 void measure(FileSystem& fileSystem, const Options& options, JsonText& json) {
   if (options.what == "first-frame") measureFirstFrame(fileSystem, options, json);
+  if (options.what == "drives") measureDrives(fileSystem, json);
   if (options.what == "sweep" || options.what == "end") measureSweep(fileSystem, options, json);
   if (options.what == "uncounted") measureUncounted(fileSystem, options, json);
   if (options.what == "column") measureColumn(fileSystem, options, json);

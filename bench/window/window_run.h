@@ -54,6 +54,8 @@ class WindowRun {
   FrameRecorder& frames() { return *frames_; }
   SweeperViewModel& pane() { return *content_.pane(); }
 
+  void goToDrives() { content_.goToDrives(); }
+
   // These run the event loop.
   void run(std::chrono::milliseconds span);
   void runUntilSweepEnds();
