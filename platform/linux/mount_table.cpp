@@ -72,8 +72,8 @@ class MountTree {
     return parent == byId_.end() || parent->second == number ? std::nullopt : std::optional(parent->second);
   }
 
-  /// Whether another mount on the same parent hides the mount point: one at a folder above (mounted later, or it would be the
-  /// parent), or a later one at the same folder (the result of propagation).
+  /// Whether another mount on the same parent hides the mount point: one at a folder above (mounted later, or it would
+  /// be the parent), or a later one at the same folder (the result of propagation).
   bool isHidden(std::size_t number) const {
     const MountEntry& mount = mounts_[number];
     const auto same = last_.find({mount.parentId, mount.mountPoint});
