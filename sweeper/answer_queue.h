@@ -2,13 +2,12 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <utility>
 
+#include "engine/thread_annotations.h"
 #include "sweeper/main_thread.h"
 #include "sweeper/memory_retry.h"
 
@@ -45,15 +44,16 @@ class AnswerQueue : public std::enable_shared_from_this<AnswerQueue> {
 
  private:
   void add(Apply& answer);
-  void post();
+  bool isClosed();
+  void post() REQUIRES(mutex_);
 
   MainThread& mainThread_;
   const std::function<void()> applyAll_;
-  std::mutex mutex_;
-  std::condition_variable came_;
-  std::deque<Apply> answers_;
-  bool isAwaiting_ = false;
-  bool isClosed_ = false;
+  Mutex mutex_;
+  Condition came_;
+  std::deque<Apply> answers_ GUARDED_BY(mutex_);
+  bool isAwaiting_ GUARDED_BY(mutex_) = false;
+  bool isClosed_ GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace dunmere

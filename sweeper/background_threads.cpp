@@ -2,14 +2,14 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <list>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <system_error>
 #include <thread>
 #include <utility>
+
+#include "engine/thread_annotations.h"
 
 namespace dunmere {
 
@@ -28,30 +28,30 @@ struct Work {
 
 }  // namespace
 
-/// What threads share. Everything is under the mutex.
+/// What threads share.
 struct BackgroundThreads::Shared {
   struct Place {
     std::size_t waiting = 0;
     bool isBusy = false;  // somebody is at work for it
   };
 
-  mutable std::mutex mutex;
-  std::condition_variable changed;
-  std::list<Work> waiting;              // in the order of the calls
-  std::map<std::string, Place> places;  // with works that wait or are done
-  std::size_t placesToBegin = 0;        // where works wait and nobody is busy
-  std::size_t threads = 0;
-  std::size_t working = 0;
-  bool isClosing = false;
+  Mutex mutex;
+  Condition changed;
+  std::list<Work> waiting GUARDED_BY(mutex);              // in the order of the calls
+  std::map<std::string, Place> places GUARDED_BY(mutex);  // with works that wait or are done
+  std::size_t placesToBegin GUARDED_BY(mutex) = 0;        // where works wait and nobody is busy
+  std::size_t threads GUARDED_BY(mutex) = 0;
+  std::size_t working GUARDED_BY(mutex) = 0;
+  bool isClosing GUARDED_BY(mutex) = false;
 
-  void add(Work work) {
+  void add(Work work) REQUIRES(mutex) {
     Place& place = places[work.place];
     waiting.push_back(std::move(work));
     if (++place.waiting == 1 && !place.isBusy) ++placesToBegin;
   }
 
   /// The first work that may begin now; else, when one will be due, the time in `next`.
-  std::optional<Work> take(std::optional<Clock::time_point>& next) {
+  std::optional<Work> take(std::optional<Clock::time_point>& next) REQUIRES(mutex) {
     const auto now = Clock::now();
     for (auto work = waiting.begin(); work != waiting.end(); ++work) {
       Place& place = places.at(work->place);
@@ -70,16 +70,16 @@ struct BackgroundThreads::Shared {
   }
 
   void serve() {
-    std::unique_lock lock(mutex);
+    const MutexLock lock(mutex);
     while (!isClosing) {
       std::optional<Clock::time_point> next;
       if (auto work = take(next)) {
-        finish(*work, lock);
+        finish(*work);
       } else if (next) {
-        changed.wait_until(lock, *next);
+        changed.waitUntil(mutex, *next);
       } else if (free() == 1) {
-        changed.wait(lock);
-      } else if (changed.wait_for(lock, kIdle) == std::cv_status::timeout && waiting.empty() && free() > 1) {
+        changed.wait(mutex);
+      } else if (!changed.waitUntil(mutex, Clock::now() + kIdle) && waiting.empty() && free() > 1) {
         break;
       }
     }
@@ -87,14 +87,14 @@ struct BackgroundThreads::Shared {
   }
 
   /// Threads that are not at work, whether they wait or have yet to begin.
-  std::size_t free() const { return threads - working; }
+  std::size_t free() const REQUIRES(mutex) { return threads - working; }
 
-  void finish(Work& work, std::unique_lock<std::mutex>& lock) {
+  void finish(Work& work) REQUIRES(mutex) {
     ++working;
-    lock.unlock();
+    mutex.unlock();
     work.run();
     work.run = nullptr;  // what it owns may take time to go
-    lock.lock();
+    mutex.lock();
     --working;
     const auto place = places.find(work.place);
     place->second.isBusy = false;
@@ -103,43 +103,43 @@ struct BackgroundThreads::Shared {
     } else {
       places.erase(place);
     }
-    changed.notify_all();  // others may wait for the place
+    changed.notifyAll();  // others may wait for the place
+  }
+
+  /// Throws when it is refused.
+  static void startThread(const std::shared_ptr<Shared>& shared) REQUIRES(shared->mutex) {
+    std::thread([shared] { shared->serve(); }).detach();
+    ++shared->threads;
   }
 };
 
 BackgroundThreads::BackgroundThreads() : shared_(std::make_shared<Shared>()) {
-  const std::lock_guard lock(shared_->mutex);
-  startThread(shared_);
+  const MutexLock lock(shared_->mutex);
+  Shared::startThread(shared_);
 }
 
 BackgroundThreads::~BackgroundThreads() {
   std::list<Work> dropped;
-  const std::lock_guard lock(shared_->mutex);
+  const MutexLock lock(shared_->mutex);
   shared_->isClosing = true;
   dropped.swap(shared_->waiting);
-  shared_->changed.notify_all();
-}
-
-/// Called under the lock.
-void BackgroundThreads::startThread(const std::shared_ptr<Shared>& shared) {
-  std::thread([shared] { shared->serve(); }).detach();
-  ++shared->threads;
+  shared_->changed.notifyAll();
 }
 
 void BackgroundThreads::run(const std::string& place, std::function<void()> work, Delay delay) {
-  const std::lock_guard lock(shared_->mutex);
+  const MutexLock lock(shared_->mutex);
   shared_->add({place, std::move(work), Clock::now() + delay});
-  shared_->changed.notify_one();
+  shared_->changed.notifyOne();
   if (shared_->free() >= shared_->placesToBegin || shared_->threads >= kMostThreads) return;
   try {
-    startThread(shared_);
+    Shared::startThread(shared_);
   } catch (const std::exception&) {
     // Refused for want of memory or threads: the work waits for a thread that is there.
   }
 }
 
 std::size_t BackgroundThreads::threadCount() const {
-  const std::lock_guard lock(shared_->mutex);
+  const MutexLock lock(shared_->mutex);
   return shared_->threads;
 }
 

@@ -31,8 +31,6 @@ class BackgroundThreads final : public Background {
  private:
   struct Shared;
 
-  static void startThread(const std::shared_ptr<Shared>& shared);
-
   const std::shared_ptr<Shared> shared_;  // with the threads, which may outlive this object
 };
 

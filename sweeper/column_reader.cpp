@@ -42,7 +42,7 @@ ColumnReader::ColumnReader(FileSystem& fileSystem, Background& background, const
 void ColumnReader::requestLinks() {
   Background::Delay delay{0};
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (next_ || !last_) return;
     next_ = last_;
     next_->onlyNewLinks = true;
@@ -57,7 +57,7 @@ void ColumnReader::request(Request request) {
   const bool isPaced = request.urgency == Urgency::paced;
   Background::Delay delay{0};
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     next_ = std::move(request);
     if (isListing_ || (isScheduled_ && isPaced)) return;
     if (isPaced) delay = std::max<Background::Delay>(delay, pausedUntil_ - Clock::now());
@@ -68,7 +68,7 @@ void ColumnReader::request(Request request) {
 
 void ColumnReader::close(std::shared_ptr<ColumnReader> reader) {
   {
-    const std::lock_guard lock(reader->mutex_);
+    const MutexLock lock(reader->mutex_);
     reader->next_.reset();
     reader->last_.reset();
   }
@@ -93,7 +93,7 @@ void ColumnReader::work() {
 }
 
 std::optional<ColumnReader::Request> ColumnReader::takeRequest() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (next_) last_ = {next_->number, next_->inventory, Urgency::paced};
   isScheduled_ = false;
   isListing_ = next_.has_value();
@@ -114,7 +114,7 @@ void ColumnReader::list(Request request) {
   const Background::Delay pause = pauseAfter(end - begin);
   bool isUrgent = false;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     isListing_ = false;
     pausedUntil_ = end + pause;
     // Nobody asks for what is still missing: a scan that is stuck publishes no snapshots.

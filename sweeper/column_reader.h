@@ -6,12 +6,12 @@
 #include <expected>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 #include "engine/file_system.h"
 #include "engine/listing/column_listing.h"
 #include "engine/sweep_inventory.h"
+#include "engine/thread_annotations.h"
 #include "sweeper/background.h"
 #include "sweeper/link_looks.h"
 
@@ -64,12 +64,12 @@ class ColumnReader : public std::enable_shared_from_this<ColumnReader> {
   std::shared_ptr<LinkLooks> links_;  // set once, when it is made
   ColumnListing listing_;             // the background's alone, which lists one folder on one thread at a time
 
-  std::mutex mutex_;
-  std::optional<Request> next_;    // under mutex_
-  std::optional<Request> last_;    // under mutex_
-  bool isScheduled_ = false;       // under mutex_
-  bool isListing_ = false;         // under mutex_
-  Clock::time_point pausedUntil_;  // under mutex_
+  Mutex mutex_;
+  std::optional<Request> next_ GUARDED_BY(mutex_);
+  std::optional<Request> last_ GUARDED_BY(mutex_);
+  bool isScheduled_ GUARDED_BY(mutex_) = false;
+  bool isListing_ GUARDED_BY(mutex_) = false;
+  Clock::time_point pausedUntil_ GUARDED_BY(mutex_);
 };
 
 }  // namespace dunmere

@@ -13,7 +13,7 @@ LinkLooks::LinkLooks(Background& background, std::string folder, std::function<v
 ColumnListing::LinkTargets LinkLooks::look(const std::shared_ptr<OpenFolder>& folder,
                                            const std::vector<std::string>& names, bool onlyNew) {
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (isClosed_) return {};
     for (const std::string& name : names) {
       const bool isNew = known_.insert(name).second;
@@ -23,14 +23,15 @@ ColumnListing::LinkTargets LinkLooks::look(const std::shared_ptr<OpenFolder>& fo
     isAwaited_ = true;
   }
   startThreads();
-  std::unique_lock lock(mutex_);
-  found_.wait_for(lock, background_.moment() / 2, [this] { return asked_.empty(); });
+  const auto deadline = std::chrono::steady_clock::now() + background_.moment() / 2;
+  const MutexLock lock(mutex_);
+  while (!asked_.empty() && found_.waitUntil(mutex_, deadline)) continue;
   isAwaited_ = false;
   return std::exchange(targets_, {});
 }
 
 void LinkLooks::close() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   isClosed_ = true;
   waiting_.clear();
   folder_.reset();
@@ -39,13 +40,13 @@ void LinkLooks::close() {
 void LinkLooks::startThreads() {
   for (std::size_t number = 0; number < kMostThreads; ++number) {
     {
-      const std::lock_guard lock(mutex_);
+      const MutexLock lock(mutex_);
       if (waiting_.empty()) return;
       if (!threads_.insert(number).second) continue;
     }
     const auto walk = [looks = shared_from_this(), number] {
       looks->walk();
-      const std::lock_guard lock(looks->mutex_);
+      const MutexLock lock(looks->mutex_);
       looks->threads_.erase(number);
     };
     background_.run("links " + std::to_string(number) + " of " + folderPath_, walk);
@@ -53,24 +54,37 @@ void LinkLooks::startThreads() {
 }
 
 void LinkLooks::walk() {
-  std::unique_lock lock(mutex_);
-  const bool hasWork = !waiting_.empty();
-  while (!waiting_.empty()) {
-    const std::string name = std::move(waiting_.front());
-    waiting_.pop_front();
-    const std::shared_ptr<OpenFolder> folder = folder_;
-    lock.unlock();
+  bool hasLooked = false;
+  while (const auto look = takeLook()) {
     LinkTarget target;
-    untilMemoryAllows([&] { target = folder->resolveLink(name); });
-    lock.lock();
-    asked_.erase(name);
-    untilMemoryAllows([&] { targets_.emplace_back(name, target); });
+    untilMemoryAllows([&] { target = look->folder->resolveLink(look->name); });
+    untilMemoryAllows([&] { keepTarget(look->name, target); });
+    hasLooked = true;
   }
-  folder_.reset();
-  found_.notify_all();
-  const bool isLate = hasWork && !isAwaited_ && !isClosed_ && !targets_.empty();
-  lock.unlock();
-  if (isLate) untilMemoryAllows(late_);
+  if (hasLooked && isLate()) untilMemoryAllows(late_);
+}
+
+std::optional<LinkLooks::Look> LinkLooks::takeLook() {
+  const MutexLock lock(mutex_);
+  if (waiting_.empty()) {
+    folder_.reset();
+    return std::nullopt;
+  }
+  Look look{folder_, std::move(waiting_.front())};
+  waiting_.pop_front();
+  return look;
+}
+
+void LinkLooks::keepTarget(const std::string& name, const LinkTarget& target) {
+  const MutexLock lock(mutex_);
+  targets_.emplace_back(name, target);
+  asked_.erase(name);
+  if (asked_.empty()) found_.notifyAll();
+}
+
+bool LinkLooks::isLate() {
+  const MutexLock lock(mutex_);
+  return !isAwaited_ && !isClosed_ && !targets_.empty();
 }
 
 }  // namespace dunmere

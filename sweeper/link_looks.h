@@ -1,18 +1,18 @@
 // LinkLooks: finds out where the links of one column lead, on threads that may get stuck in a target.
 #pragma once
 
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "engine/file_system.h"
 #include "engine/listing/column_listing.h"
+#include "engine/thread_annotations.h"
 #include "sweeper/background.h"
 
 namespace dunmere {
@@ -36,24 +36,32 @@ class LinkLooks : public std::enable_shared_from_this<LinkLooks> {
   void close();
 
  private:
+  struct Look {
+    std::shared_ptr<OpenFolder> folder;
+    std::string name;
+  };
+
   void startThreads();
   void walk();
+  std::optional<Look> takeLook();
+  void keepTarget(const std::string& name, const LinkTarget& target);
+  bool isLate();
 
   Background& background_;
   const std::string folderPath_;
   const std::function<void()> late_;
 
-  std::mutex mutex_;
-  std::condition_variable found_;
-  // Under mutex_:
-  std::shared_ptr<OpenFolder> folder_;  // only while links wait: it keeps its volume from being unmounted
-  std::set<std::string> known_;         // asked for at least once
-  std::deque<std::string> waiting_;
-  std::set<std::string> asked_;  // waiting or being looked at
-  ColumnListing::LinkTargets targets_;
-  std::set<std::size_t> threads_;  // the numbers of those at work
-  bool isAwaited_ = false;
-  bool isClosed_ = false;
+  Mutex mutex_;
+  Condition found_;
+  /// Only while links wait: it keeps its volume from being unmounted.
+  std::shared_ptr<OpenFolder> folder_ GUARDED_BY(mutex_);
+  std::set<std::string> known_ GUARDED_BY(mutex_);  // asked for at least once
+  std::deque<std::string> waiting_ GUARDED_BY(mutex_);
+  std::set<std::string> asked_ GUARDED_BY(mutex_);  // waiting or being looked at
+  ColumnListing::LinkTargets targets_ GUARDED_BY(mutex_);
+  std::set<std::size_t> threads_ GUARDED_BY(mutex_);  // the numbers of those at work
+  bool isAwaited_ GUARDED_BY(mutex_) = false;
+  bool isClosed_ GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace dunmere

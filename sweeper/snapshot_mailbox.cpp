@@ -8,35 +8,35 @@ namespace dunmere {
 /// first.
 struct SnapshotMailbox::Parcel {
   std::function<void()> work;
-  bool delivered = false;  ///< under the mailbox's mutex
+  bool isDelivered = false;  ///< used while the mailbox's mutex is held
 };
 
 void SnapshotMailbox::deliver(std::function<void()> work) {
   const auto parcel = std::make_shared<Parcel>(Parcel{std::move(work)});
   if (isClosed()) return;
   mainThread_.post([mailbox = shared_from_this(), parcel] { mailbox->open(*parcel); });
-  std::unique_lock lock(mutex_);
-  ended_.wait(lock, [&] { return parcel->delivered || closed_; });
+  const MutexLock lock(mutex_);
+  while (!parcel->isDelivered && !isClosed_) ended_.wait(mutex_);
 }
 
 void SnapshotMailbox::close() {
-  const std::lock_guard lock(mutex_);
-  closed_ = true;
-  ended_.notify_all();
+  const MutexLock lock(mutex_);
+  isClosed_ = true;
+  ended_.notifyAll();
 }
 
 bool SnapshotMailbox::isClosed() const {
-  const std::lock_guard lock(mutex_);
-  return closed_;
+  const MutexLock lock(mutex_);
+  return isClosed_;
 }
 
 void SnapshotMailbox::open(Parcel& parcel) {
   // close() is called on this same thread, so the mailbox cannot close between this look and the work.
   if (isClosed()) return;
   parcel.work();
-  const std::lock_guard lock(mutex_);
-  parcel.delivered = true;
-  ended_.notify_all();
+  const MutexLock lock(mutex_);
+  parcel.isDelivered = true;
+  ended_.notifyAll();
 }
 
 }  // namespace dunmere

@@ -1,11 +1,10 @@
 // SnapshotMailbox: carries work from scan threads to a pane that may be gone by the time it arrives.
 #pragma once
 
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 
+#include "engine/thread_annotations.h"
 #include "sweeper/main_thread.h"
 
 namespace dunmere {
@@ -33,9 +32,9 @@ class SnapshotMailbox : public std::enable_shared_from_this<SnapshotMailbox> {
   void open(Parcel& parcel);
 
   MainThread& mainThread_;
-  mutable std::mutex mutex_;
-  std::condition_variable ended_;
-  bool closed_ = false;
+  mutable Mutex mutex_;
+  Condition ended_;
+  bool isClosed_ GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace dunmere
