@@ -16,7 +16,7 @@
 
 namespace dunmere {
 
-/// How a scan goes about its work; never what it finds.
+/// How a scan works, which never changes what it finds.
 struct ScanOptions {
   std::optional<unsigned> readers;  ///< threads that read ahead of the scan, 0 or more; none: the usual number
 };
@@ -33,8 +33,8 @@ struct DiskSweeperScan {
   /// thread; waits for every volume.
   static std::vector<SweeperVolume> listVolumes(FileSystem& fileSystem);
 
-  // Its steps, for those who do not wait for all. Any thread.
-  /// What may turn out to be a drive; none when the list cannot be had. Waits for no volume.
+  // The steps of listVolumes(), for callers that measure the volumes side by side. Any thread.
+  /// The mounted volumes that may be drives; none when the list cannot be had. Waits for no volume.
   static std::optional<std::vector<VolumeMount>> volumeCandidates(FileSystem& fileSystem);
   /// The drive, or none when it is not offered or cannot be measured. Waits for this volume.
   static std::optional<SweeperVolume> measureVolume(FileSystem& fileSystem, const VolumeMount& candidate);
@@ -45,7 +45,7 @@ struct DiskSweeperScan {
 
   /// Walks the tree under `under` on a detached thread of utility priority and adds up the disk space of every regular
   /// file. Publishes a snapshot through `onUpdate` after every 12,000th counted file and after a counted file when
-  /// 350 ms have passed since the last one, and at last the final one, which is also the future's value. Returns at
+  /// 350 ms have passed since the last one, and in the end the final one, which is also the future's value. Returns at
   /// once; the future does not wait when destroyed. Fails, publishing nothing, when the root does not exist or is no
   /// folder, or when no thread can be started; a root that may not be read is an empty scan with read errors. Running
   /// out of memory half-way fails too, after the snapshots published until then. `fileSystem` must outlive the scan; a
@@ -55,7 +55,7 @@ struct DiskSweeperScan {
 
   /// The direct children of `parent`, sized from `inventory`, largest first, equal sizes by name. Any thread; reads the
   /// disk for this one folder only, and waits for it. Fails with the listing's error, and when the column does not fit
-  /// into memory. Who lists the same folder again keeps a ColumnListing, which then has less to do.
+  /// into memory. To list a folder again and again, keep a ColumnListing, which then has less to do.
   static std::expected<std::vector<SweeperItem>, SweepError> columnChildren(FileSystem& fileSystem,
                                                                             const FileUrl& parent,
                                                                             const SweepInventory& inventory);

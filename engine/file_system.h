@@ -147,10 +147,10 @@ struct VolumeValues {
   std::optional<std::int64_t> totalBytes;                       ///< capacity in bytes
   std::optional<std::int64_t> availableBytes;                   ///< available to this user, in bytes
   std::optional<std::int64_t> availableForImportantUsageBytes;  ///< including what the system would clear, in bytes
-  std::optional<bool> isBrowsable;                              ///< false: not meant for people's eyes
+  std::optional<bool> isBrowsable;                              ///< false: the system hides it from users
 };
 
-/// A mounted volume as the table of mounts tells it, without asking its file system.
+/// A mounted volume as the mount table has it, without asking its file system.
 struct VolumeMount {
   FileUrl url;         ///< mount point
   std::string name;    ///< to show as long as nothing better is known
@@ -173,7 +173,7 @@ class FileSystem {
 
   /// The values of the volume that `url` lies on; fails when they cannot be read. Waits as long as its file system.
   virtual std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) = 0;
-  /// The same of one that mountedVolumes() told, without looking for it once more.
+  /// The same for a volume from mountedVolumes(), without looking it up again.
   virtual std::expected<VolumeValues, SweepError> volumeValues(const VolumeMount& volume) {
     return volumeValues(volume.url);
   }

@@ -9,9 +9,10 @@
 
 namespace dunmere {
 
-/// A row of segments, each twice as long as the one before, found through a fixed table. So the store grows without
-/// moving anything, and elements written before it was handed to another thread may be read there while the writer goes
-/// on behind them, without a lock. Segments are not initialized: a page that was never written costs no memory.
+/// A sequence of segments, each twice as long as the one before, found through a fixed table. So the store grows
+/// without moving anything, and elements written before it was handed to another thread may be read there while the
+/// writer goes on behind them, without a lock. Segments are not initialized: a page that was never written costs no
+/// memory.
 template <typename T, unsigned firstSegmentBits, unsigned segmentCount>
 class AppendOnlyStore {
  public:

@@ -52,7 +52,7 @@ std::expected<void, SweepError> ColumnListing::update(FileSystem& fileSystem, co
   return {};
 }
 
-/// The entries are others than `before`; what was seen of those that are still there stays known.
+/// Starts over with other entries than `before`, but keeps what was seen of those that are still there.
 void ColumnListing::beginEntries(const EntryNames& before) {
   current_.clear();
   order_.begin(entries_.size());
@@ -132,7 +132,7 @@ std::int64_t ColumnListing::allowedLooks(FileSystem::Instant now) const {
   return std::max(kLeastLooks, std::min(span, kSecond) * kLooksPerSecond / kSecond);
 }
 
-/// A file that cannot be asked, or is none any more, has no size.
+/// A file that cannot be measured, or is no longer a regular file, has the size 0.
 void ColumnListing::measure(OpenFolder& folder, const std::vector<RowPosition>& files) {
   EntryBatch batch;
   for (const RowPosition position : files) batch.add(entries_.name(position), {.kind = EntryKind::regularFile});
@@ -144,7 +144,7 @@ void ColumnListing::measure(OpenFolder& folder, const std::vector<RowPosition>& 
   }
 }
 
-/// The rows that are other than before; all of them when the entries are others.
+/// Returns the rows that differ from before, which are all of them after beginEntries().
 std::vector<RowPosition> ColumnListing::updateRows(const SweepInventory& inventory) {
   std::vector<ColumnRow> rows;
   rows.reserve(entries_.size());
@@ -162,7 +162,7 @@ std::vector<RowPosition> ColumnListing::updateRows(const SweepInventory& invento
   return changed;
 }
 
-/// A link's size is still missing.
+/// Without the size of a link, which sizeLinks() adds.
 ColumnRow ColumnListing::rowOf(RowPosition position) const {
   const EntryKind kind = entries_.kind(position);
   ColumnRow row{.position = position,
@@ -178,8 +178,8 @@ ColumnRow ColumnListing::rowOf(RowPosition position) const {
   return row;
 }
 
-/// What was counted for the target's key, else (the link may have been a file or folder when it was scanned) for the
-/// link's own, else what the disk says of the target.
+/// A link has the size that was counted for its target, else for its own key (it may have been a file or folder when it
+/// was scanned), else the size of the target on the disk.
 void ColumnListing::sizeLinks(const SweepInventory& inventory, std::vector<ColumnRow>& rows) const {
   std::vector<RowPosition> links;
   std::vector<std::string> targets;

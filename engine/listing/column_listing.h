@@ -59,7 +59,7 @@ class ColumnListing {
   std::expected<ColumnRows, SweepError> list(FileSystem& fileSystem, const SweepInventory& inventory,
                                              Looks looks = Looks::all, const LookAtLinks& lookAtLinks = waitForLinks);
 
-  /// Whether there are entries that no call has looked at yet though it should; their rows have the size 0.
+  /// Whether there are uncounted files and links that no call has looked at yet; their rows have the size 0.
   bool hasUnseen() const { return unseen_ > 0; }
 
  private:

@@ -28,8 +28,8 @@ bool showsTheSame(const ColumnRows::Content& before, const ColumnRow& was, const
          was.isSymbolicLink == is.isSymbolicLink && (!is.isDirectory || before.partialMark == after.partialMark);
 }
 
-/// Runs of rows that stayed and show something else. Very many are told as one: a view looks only at the rows on
-/// screen, but at every run.
+/// Runs of rows that stayed and show something else. Very many are merged into one: a view looks at every run, but only
+/// at those of its rows that are on screen.
 std::vector<std::pair<std::size_t, std::size_t>> changedRuns(const ListMatch& match, const ColumnRows::Content& before,
                                                              const ColumnRows::Content& after) {
   std::vector<std::pair<std::size_t, std::size_t>> runs;

@@ -8,14 +8,14 @@
 
 namespace dunmere {
 
-/// One step. Positions are those of the list at the moment when the step is applied, all steps before it done.
+/// One step. Positions are those in the list that the steps before it have made.
 struct ListChange {
   enum class Kind { remove, move, insert };
 
   Kind kind = Kind::remove;
-  std::size_t position = 0;  ///< first row concerned; for a move where the row stands before
-  std::size_t count = 0;     ///< rows concerned; 1 for a move
-  std::size_t target = 0;    ///< move: where the row stands afterwards; insert: index in the new list of the first row
+  std::size_t position = 0;  ///< of the first row that is removed or inserted, or of the row to be moved
+  std::size_t count = 0;     ///< of rows; 1 for a move
+  std::size_t target = 0;    ///< move: the position afterwards; insert: index of the first row in the new list
 
   friend bool operator==(const ListChange&, const ListChange&) = default;
 };

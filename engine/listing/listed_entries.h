@@ -16,11 +16,11 @@
 
 namespace dunmere {
 
-/// Entries keep the order in which the folder was read. One thread at a time; name() and kind() also several.
+/// Entries keep the order in which the folder was read. One thread at a time.
 class ListedEntries {
  public:
-  /// Reads the folder to its end, unless its stamp proves that it is as it was. Whether the entries are now others than
-  /// before. After a failure the next call reads the folder in any case.
+  /// Reads the folder to its end, unless its stamp proves that it has not changed. Returns whether the entries differ
+  /// from before. After a failure the next call reads the folder in any case.
   std::expected<bool, SweepError> read(OpenFolder& folder);
 
   std::size_t size() const { return kinds_.size(); }
@@ -30,8 +30,8 @@ class ListedEntries {
   /// Another object exactly when the entries have changed.
   const std::shared_ptr<const EntryNames>& names() const { return names_; }
 
-  /// The position of the entry `name`, none when there is none. Costs least for names that are asked for, kind by kind,
-  /// in the folder's order. Of a name that stands there twice (the folder was changed while it was read) one is found.
+  /// The position of the entry `name`. Fastest for names that are asked for, kind by kind, in the folder's order. Finds
+  /// one of two entries of the same name (the folder was changed while it was read).
   std::optional<std::size_t> find(std::string_view name, EntryKind kind);
 
  private:
@@ -41,7 +41,7 @@ class ListedEntries {
 
   std::shared_ptr<const EntryNames> names_ = std::make_shared<EntryNames>();
   std::vector<EntryKind> kinds_;                              // by position
-  std::array<std::size_t, kKinds> next_{};                    // by kind: where the name is expected
+  std::array<std::size_t, kKinds> next_{};                    // by kind: where the next name is expected
   std::unordered_map<std::string_view, RowPosition> byName_;  // empty until it is needed
   std::optional<FolderStamp> stamp_;                          // from before they were read
 };

@@ -13,7 +13,7 @@ namespace dunmere {
 
 namespace {
 
-/// One key on its way through the sort.
+/// A key and what the sort compares first.
 struct SortedKey {
   std::uint64_t head = 0;  // its first eight bytes, the first one highest, missing ones 0
   std::string_view bytes;

@@ -27,7 +27,7 @@ class RowOrder {
   void begin(std::size_t rows);
 
   /// Puts the rows `changed`, in ascending positions, where they belong; all others stay in their order. `names` and
-  /// `rows` stand by position.
+  /// `rows` are indexed by position.
   void update(FileSystem& fileSystem, const EntryNames& names, const std::vector<ColumnRow>& rows,
               std::vector<RowPosition> changed);
 

@@ -6,7 +6,7 @@
 namespace dunmere {
 
 /// Whether a folder of this name is a package: a non-empty stem and one of the known extensions, ASCII
-/// case-insensitive. Say nothing of files and links: only folders can be packages.
+/// case-insensitive. For folders only: files and links are never packages.
 bool isPackageName(std::string_view name);
 
 }  // namespace dunmere

@@ -29,9 +29,8 @@ SweepError scanError(const FileUrl& root, std::error_code code) {
   return {SweepAttempt::startScan, root, code, {}};
 }
 
-// Whether a root that did not open exists, but not for this user or not now: such a scan finds nothing and says that it
-// could not read everything. The other errors let a scan fail: there is no such folder, or the process has no
-// descriptor or memory left.
+// Whether a root that cannot be opened is a folder all the same: then the scan finds nothing and reports read errors.
+// With any other error it fails, since there is no such folder, or the process has no descriptor or memory left.
 bool isUnreadable(std::error_code code) {
   constexpr std::array cannotStart = {std::errc::no_such_file_or_directory,
                                       std::errc::not_a_directory,
@@ -105,7 +104,7 @@ class ProgressiveScan {
     }
   }
 
-  // Asks the clock after each file, so that also a giant folder shows progress.
+  // Asks the clock after each file, so that a giant folder shows progress too.
   bool isPublicationDue(std::int64_t fileCount) {
     const FileSystem::Instant now = fileSystem_.now();
     if (fileCount % kPublishEveryFiles != 0 && now - lastPublication_ < kPublishEvery) return false;
@@ -125,7 +124,7 @@ class ProgressiveScan {
   FileSystem::Instant lastPublication_{};
 };
 
-// What a scan's thread takes along.
+// What the scan's thread owns.
 struct ScanJob {
   FileSystem& fileSystem;
   const FileUrl root;

@@ -50,7 +50,7 @@ bool isSimulatorPath(std::string_view path) {
   return path.contains(kSimulatorPathPart);
 }
 
-/// What can be told from the path alone, so that such a volume is never measured.
+/// Decided by the path alone, so that such a volume is never measured.
 bool isExcludedByPath(const FileUrl& url) {
   const std::string path = url.path();
   return isSystemPath(path) || isSimulatorPath(path) ||
@@ -59,7 +59,7 @@ bool isExcludedByPath(const FileUrl& url) {
 
 bool shouldIncludeUserFacingVolume(const FileUrl& url, std::string_view name, const VolumeValues& values) {
   if (!values.isBrowsable.value_or(true)) return false;
-  // Asked again, although listVolumes has asked before measuring: this rule stands on its own.
+  // volumeCandidates() has left these out already, but this rule must not depend on it.
   if (isSystemPath(url.path())) return false;
   if (isSimulatorPath(url.path())) return false;
   const std::string plainName = asciiLowerCased(std::string(trimmed(name)));
@@ -75,7 +75,7 @@ std::string displayName(const FileUrl& url, const VolumeValues& values) {
 /// As reported; that of the root volume comes from the home folder when it reports no total of its own.
 std::optional<VolumeSnapshot> capacityOf(const FileUrl& url, const VolumeValues& values, FileSystem& fileSystem) {
   const std::int64_t total = values.totalBytes.value_or(0);
-  // The plain available bytes on purpose: what the system would clear counts in the boot snapshot only.
+  // Plain available bytes on purpose: those that the system would clear count in the boot snapshot only.
   if (total >= 1) return VolumeSnapshot{total, std::min(total, values.availableBytes.value_or(0))};
   if (url.path() != "/") return std::nullopt;
   return StorageScanner::bootVolumeSnapshot(fileSystem);
