@@ -10,7 +10,7 @@ namespace dunmere {
 /// Does `work`, again and again while it throws std::bad_alloc; it must then have changed nothing. For what nobody else
 /// would do or tell, which may well be that memory is short.
 template <typename Work>
-void untilMemoryAllows(Work work) {
+void untilMemoryAllows(const Work& work) {
   for (;;) {
     try {
       work();

@@ -51,7 +51,7 @@ class ColumnListing {
   static LinkTargets waitForLinks(const std::shared_ptr<OpenFolder>& folder, const std::vector<std::string>& names);
 
   /// Lists the children of `parent`. The first changes are those since the rows `shown`.
-  explicit ColumnListing(FileUrl parent, ColumnRows shown = {}) : parent_(std::move(parent)), rows_(std::move(shown)) {}
+  explicit ColumnListing(FileUrl parent, const ColumnRows& shown = {}) : parent_(std::move(parent)), rows_(shown) {}
 
   /// The children, sized from `inventory`, largest first, equal sizes by name. The changes are those since the last
   /// call. Reads the disk for this one folder only. Fails with the error of opening or reading the folder, and when the
