@@ -32,41 +32,36 @@ std::vector<bool> stayingRows(const std::vector<std::size_t>& oldIndex) {
   return stays;
 }
 
-/// Adjoining rows of the old list that are gone, last run first.
-std::vector<ListChange> removals(const ListMatch& match) {
-  std::vector<bool> survives(match.oldCount, false);
-  for (const std::size_t index : match.oldIndex) {
-    if (index != kNew) survives[index] = true;
+/// Where each row of the old list stands in the new one; kNew for a row that is gone.
+std::vector<std::size_t> newRows(const ListMatch& match) {
+  std::vector<std::size_t> newRow(match.oldCount, kNew);
+  for (std::size_t row = 0; row < match.oldIndex.size(); ++row) {
+    if (match.oldIndex[row] != kNew) newRow[match.oldIndex[row]] = row;
   }
+  return newRow;
+}
+
+/// Adjoining rows of the old list that are gone, last run first.
+std::vector<ListChange> removals(const std::vector<std::size_t>& newRow) {
   std::vector<ListChange> changes;
-  for (std::size_t end = match.oldCount; end > 0;) {
-    if (survives[end - 1]) {
+  for (std::size_t end = newRow.size(); end > 0;) {
+    if (newRow[end - 1] != kNew) {
       --end;
       continue;
     }
     std::size_t first = end - 1;
-    while (first > 0 && !survives[first - 1]) --first;
+    while (first > 0 && newRow[first - 1] == kNew) --first;
     changes.push_back({ListChange::Kind::remove, first, end - first, 0});
     end = first;
   }
   return changes;
 }
 
-/// The rows of the old list that are still there, as rows of the new one.
-std::vector<std::size_t> survivors(const ListMatch& match) {
-  std::vector<std::size_t> newRow(match.oldCount, kNew);
-  for (std::size_t row = 0; row < match.oldIndex.size(); ++row) {
-    if (match.oldIndex[row] != kNew) newRow[match.oldIndex[row]] = row;
-  }
-  std::erase(newRow, kNew);
-  return newRow;
-}
-
-/// Appends the moves and insertions: each row goes behind the row before it, front to back. False when that makes more
-/// than `atMost` steps.
-bool placeRows(const ListMatch& match, std::vector<ListChange>& changes, std::size_t atMost) {
+/// Appends the moves and insertions: each row goes behind the row before it, front to back. `list` holds the rows that
+/// are still there, and stays as each step leaves it. False when that makes more than `atMost` steps.
+bool placeRows(const ListMatch& match, std::vector<std::size_t> list, std::vector<ListChange>& changes,
+               std::size_t atMost) {
   const std::vector<bool> stays = stayingRows(match.oldIndex);
-  std::vector<std::size_t> list = survivors(match);  // as it is after each step
   if (list.size() - static_cast<std::size_t>(std::ranges::count(stays, true)) > atMost) return false;
   const auto at = [&list](std::size_t position) { return list.begin() + static_cast<std::ptrdiff_t>(position); };
   std::size_t position = 0;  // behind the row before
@@ -86,7 +81,9 @@ bool placeRows(const ListMatch& match, std::vector<ListChange>& changes, std::si
       list.erase(at(from));
       if (from < position) --position;
       changes.push_back({ListChange::Kind::move, from, 1, position});
-      list.insert(at(position++), row++);
+      list.insert(at(position), row);
+      ++position;
+      ++row;
     }
   }
   return changes.size() <= atMost;
@@ -106,8 +103,10 @@ ListMatch matchLists(const std::vector<std::string_view>& oldKeys, const std::ve
 }
 
 std::optional<std::vector<ListChange>> listChanges(const ListMatch& match, std::size_t atMost) {
-  std::vector<ListChange> changes = removals(match);
-  if (!placeRows(match, changes, atMost)) return std::nullopt;
+  std::vector<std::size_t> list = newRows(match);
+  std::vector<ListChange> changes = removals(list);
+  std::erase(list, kNew);
+  if (!placeRows(match, std::move(list), changes, atMost)) return std::nullopt;
   return changes;
 }
 
