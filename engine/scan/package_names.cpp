@@ -46,16 +46,12 @@ constexpr std::string_view kExtensions[] = {"aplibrary",
                                             "xpc"};
 static_assert(std::ranges::is_sorted(kExtensions));
 
-constexpr std::size_t kLongestExtension = std::ranges::max(kExtensions, {}, &std::string_view::size).size();
-
 }  // namespace
 
 bool isPackageName(std::string_view name) {
   const std::size_t dot = name.rfind('.');
   if (dot == std::string_view::npos || dot == 0) return false;
-  const std::string_view extension = name.substr(dot + 1);
-  if (extension.size() > kLongestExtension) return false;
-  return std::ranges::binary_search(kExtensions, asciiLowerCased(std::string(extension)));
+  return std::ranges::binary_search(kExtensions, asciiLowerCased(std::string(name.substr(dot + 1))));
 }
 
 }  // namespace dunmere
