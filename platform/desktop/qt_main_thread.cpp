@@ -13,7 +13,7 @@ QtMainThread::~QtMainThread() {
 }
 
 void QtMainThread::post(std::function<void()> work) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!receiver_) return;
   QMetaObject::invokeMethod(receiver_.get(), std::move(work), Qt::QueuedConnection);
 }
@@ -21,7 +21,7 @@ void QtMainThread::post(std::function<void()> work) {
 void QtMainThread::closeForQuit() {
   std::unique_ptr<QObject> receiver;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     receiver.swap(receiver_);
   }
   // Destroyed here with its queued work, without the lock: destructors of that work may call post().

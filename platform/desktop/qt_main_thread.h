@@ -3,8 +3,8 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 
+#include "engine/thread_annotations.h"
 #include "sweeper/main_thread.h"
 
 class QObject;
@@ -26,8 +26,8 @@ class QtMainThread : public MainThread {
   void closeForQuit();
 
  private:
-  std::mutex mutex_;
-  std::unique_ptr<QObject> receiver_;  // guarded by mutex_; none once closed
+  Mutex mutex_;
+  std::unique_ptr<QObject> receiver_ GUARDED_BY(mutex_);  // none once closed
 };
 
 }  // namespace dunmere

@@ -35,7 +35,7 @@ std::size_t FolderDescriptors::budgetOfProcess() {
 
 void FolderDescriptors::keep(Slot& slot, UniqueDescriptor opened) {
   UniqueDescriptor closing;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   insert(slot, pinned_, std::move(opened));
   slot.pins_ = 1;
   closing = takeIdleBeyond(budget_);
@@ -43,7 +43,7 @@ void FolderDescriptors::keep(Slot& slot, UniqueDescriptor opened) {
 
 std::expected<FolderDescriptors::Pin, int> FolderDescriptors::adopt(Slot& slot, UniqueDescriptor opened) {
   UniqueDescriptor closing;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (slot.descriptor_) return pinLocked(slot);
   if (slot.wasClosed_) {
     const auto identity = identityOf(opened.get());
@@ -56,13 +56,13 @@ std::expected<FolderDescriptors::Pin, int> FolderDescriptors::adopt(Slot& slot, 
 }
 
 FolderDescriptors::Pin FolderDescriptors::pin(Slot& slot) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return slot.descriptor_ ? pinLocked(slot) : Pin();
 }
 
 void FolderDescriptors::closeIdle() {
   const auto take = [this] {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     return takeIdleBeyond(0);
   };
   while (take()) continue;
@@ -70,7 +70,7 @@ void FolderDescriptors::closeIdle() {
 
 void FolderDescriptors::release(Slot& slot) {
   UniqueDescriptor closing;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (--slot.pins_ > 0) return;
   idle_.splice(idle_.end(), pinned_, slot.listed_);
   closing = takeIdleBeyond(budget_);
@@ -78,7 +78,7 @@ void FolderDescriptors::release(Slot& slot) {
 
 void FolderDescriptors::forget(Slot& slot) {
   UniqueDescriptor closing;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!slot.descriptor_) return;
   (slot.pins_ > 0 ? pinned_ : idle_).erase(slot.listed_);
   closing = std::move(slot.descriptor_);

@@ -7,10 +7,10 @@
 #include <cstdint>
 #include <expected>
 #include <list>
-#include <mutex>
 #include <optional>
 #include <utility>
 
+#include "engine/thread_annotations.h"
 #include "platform/posix/unique_descriptor.h"
 
 namespace dunmere {
@@ -64,15 +64,15 @@ class FolderDescriptors {
   void release(Slot& slot);
   void forget(Slot& slot);
 
-  // These need mutex_. What they take is closed without it: closing may wait for a server.
-  void insert(Slot& slot, std::list<Slot*>& list, UniqueDescriptor opened);
-  Pin pinLocked(Slot& slot);
-  UniqueDescriptor takeIdleBeyond(std::size_t count);
+  // What is taken is closed without the mutex: closing may wait for a server.
+  void insert(Slot& slot, std::list<Slot*>& list, UniqueDescriptor opened) REQUIRES(mutex_);
+  Pin pinLocked(Slot& slot) REQUIRES(mutex_);
+  UniqueDescriptor takeIdleBeyond(std::size_t count) REQUIRES(mutex_);
 
   const std::size_t budget_;
-  std::mutex mutex_;         // guards the lists and the slots
-  std::list<Slot*> idle_;    // least recently used first
-  std::list<Slot*> pinned_;  // in no order
+  Mutex mutex_;                                 // also for the slots
+  std::list<Slot*> idle_ GUARDED_BY(mutex_);    // least recently used first
+  std::list<Slot*> pinned_ GUARDED_BY(mutex_);  // in no order
 };
 
 /// One folder's entry among the descriptors. Lives as long as the folder; must not outlive `descriptors`.
