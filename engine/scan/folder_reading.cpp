@@ -8,6 +8,15 @@
 
 namespace dunmere {
 
+namespace {
+
+/// Whether the folder was removed meanwhile: then it holds nothing, which is no failure to read it.
+bool isGone(const SweepError& error) {
+  return error.code == std::errc::no_such_file_or_directory;
+}
+
+}  // namespace
+
 void FolderNames::add(std::string names) {
   bytes_ += names.size();
   chunks_.push_back(std::move(names));
@@ -36,6 +45,7 @@ void FolderReading::begin(std::shared_ptr<OpenFolder> folder) {
 void FolderReading::begin(OpenFolder& parent, std::string_view name) {
   auto opened = parent.openChild(name);
   begin(opened ? std::move(*opened) : nullptr);
+  if (!opened) failed_ = !isGone(opened.error());
 }
 
 void FolderReading::begin(FolderRest rest) {

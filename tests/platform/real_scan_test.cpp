@@ -150,6 +150,7 @@ TEST_F(RealScanTest, TreeThatVanishesWhileItIsReadEndsTheScanQuietly) {
   ASSERT_TRUE(inventory);
   EXPECT_TRUE(removed);
   EXPECT_TRUE(inventory->scanComplete);
+  EXPECT_FALSE(inventory->hadReadErrors) << "what has gone is not unreadable";
   EXPECT_GT(inventory->fileCount, 0);
   EXPECT_LE(inventory->fileCount, 13'000);
 }

@@ -64,6 +64,20 @@ TEST_F(ScanErrors, FolderThatFailsMidwayCountsWhatWasReadBefore) {
   EXPECT_TRUE(last.hadReadErrors);
 }
 
+TEST_F(ScanErrors, FolderThatWasRemovedAfterItWasListedIsNoReadError) {
+  addFiles("/r/gone", 2);
+  addFiles("/r/stays", 1);
+  fileSystem_.onOpen([this](const std::string& path) {
+    if (path == "/r/gone") fileSystem_.remove("/r/gone");
+  });
+  for (const unsigned readers : {0U, 2U}) {
+    const PlainSnapshot last = plain(recordScan(fileSystem_, "/r", {readers}).last());
+    EXPECT_EQ(last.fileCount, 1);
+    EXPECT_FALSE(last.hadReadErrors);
+    addFiles("/r/gone", 2);
+  }
+}
+
 TEST_F(ScanErrors, FolderSwappedForALinkAfterItWasListedIsNotFollowed) {
   fileSystem_.addFile("/r/d/f", 1);
   fileSystem_.addFile("/secret/f", 1'000);
