@@ -139,6 +139,9 @@ class OpenFolder {
 
   /// Where the symbolic link `name` leads. Nothing is opened for reading.
   virtual LinkTarget resolveLink(std::string_view name) = 0;
+
+  /// Whether files here take space on a disk: false for the system's views of itself (/proc, /sys).
+  virtual bool takesDiskSpace() { return true; }
 };
 
 /// What the system knows of one mounted volume. Each value may be absent.

@@ -45,7 +45,7 @@ void FolderReading::begin(std::shared_ptr<OpenFolder> folder) {
 void FolderReading::begin(OpenFolder& parent, std::string_view name) {
   auto opened = parent.openChild(name);
   begin(opened ? std::move(*opened) : nullptr);
-  if (!opened) failed_ = !isGone(opened.error());
+  if (!opened && !isGone(opened.error())) fail(parent);
 }
 
 void FolderReading::begin(FolderRest rest) {
@@ -73,14 +73,19 @@ void FolderReading::measure() {
   if (folder_->measure(chunk_)) {
     keepFiles();
   } else {
-    failed_ = true;
+    fail(*folder_);
   }
 }
 
 void FolderReading::read(EntryBatch& batch) {
   if (folder_ && folder_->readEntries(batch)) return;
-  failed_ = true;
+  if (folder_) fail(*folder_);
   batch.clear();
+}
+
+/// Notes that something in `where` could not be read.
+void FolderReading::fail(OpenFolder& where) {
+  failed_ = failed_ || where.takesDiskSpace();
 }
 
 void FolderReading::keepSubfolders() {

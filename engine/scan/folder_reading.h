@@ -64,11 +64,12 @@ class FolderReading {
   /// The folders found in this folder, packages left out; complete after its last chunk, the one without a rest.
   FolderNames takeSubfolders() { return std::exchange(subfolders_, {}); }
   std::shared_ptr<OpenFolder> takeFolder() { return std::exchange(folder_, nullptr); }
-  /// Whether the folder could not be opened, or not be read to its end.
+  /// Whether the folder could not be opened, or not be read to its end, and may hide something that takes disk space.
   bool failed() const { return failed_; }
 
  private:
   void read(EntryBatch& batch);
+  void fail(OpenFolder& where);
   void keepSubfolders();
   void keepFiles();
 

@@ -14,6 +14,7 @@
 #include <climits>
 #include <cstdint>
 #include <ctime>
+#include <span>
 #include <utility>
 
 #include "platform/posix/system_values.h"
@@ -48,15 +49,20 @@ std::chrono::nanoseconds systemClock() {
   return durationOf(time.tv_sec, time.tv_nsec);
 }
 
+/// Whether the folder lies on a file system of one of these types.
+bool isOneOf(std::span<const std::uint32_t> types, int folder) {
+  struct statfs status{};
+  return ::fstatfs(folder, &status) == 0 &&
+         std::ranges::find(types, static_cast<std::uint32_t>(status.f_type)) != types.end();
+}
+
 /// Whether the folder lies on a local file system, which no other machine changes. Unknown types count as remote: a
 /// wrong guess then costs time, not a wrong listing.
 bool isLocal(int folder) {
-  constexpr auto kLocal =
+  static constexpr auto kLocal =
       std::to_array<std::uint32_t>({BTRFS_SUPER_MAGIC, EXT4_SUPER_MAGIC, F2FS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC,
                                     RAMFS_MAGIC, TMPFS_MAGIC, XFS_SUPER_MAGIC});
-  struct statfs status{};
-  return ::fstatfs(folder, &status) == 0 &&
-         std::ranges::find(kLocal, static_cast<std::uint32_t>(status.f_type)) != kLocal.end();
+  return isOneOf(kLocal, folder);
 }
 
 /// The path of an open file; none for a file without one (a pipe, a deleted file, a path that is too long).
@@ -80,6 +86,14 @@ std::optional<EntryAttributes> entryStatus(int folder, const char* name) {
   if (status.stx_mask & STATX_BLOCKS) attributes.allocatedBytes = bytesOf(status.stx_blocks, kBlockBytes);
   if (status.stx_mask & STATX_SIZE) attributes.logicalBytes = bytesOf(status.stx_size, 1);
   return attributes;
+}
+
+bool takesDiskSpace(int folder) {
+  static constexpr auto kViews =
+      std::to_array<std::uint32_t>({BINFMTFS_MAGIC, BPF_FS_MAGIC, CGROUP2_SUPER_MAGIC, CGROUP_SUPER_MAGIC,
+                                    DEBUGFS_MAGIC, DEVPTS_SUPER_MAGIC, EFIVARFS_MAGIC, NSFS_MAGIC, PROC_SUPER_MAGIC,
+                                    PSTOREFS_MAGIC, SECURITYFS_MAGIC, SELINUX_MAGIC, SYSFS_MAGIC, TRACEFS_MAGIC});
+  return !isOneOf(kViews, folder);
 }
 
 std::optional<FolderStamp> folderStamp(int folder) {

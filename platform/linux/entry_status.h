@@ -18,6 +18,10 @@ std::optional<EntryAttributes> entryStatus(int folder, const char* name);
 /// notes every change. Any thread.
 std::optional<FolderStamp> folderStamp(int folder);
 
+/// Whether the open folder `folder` lies on a file system whose files take space on a disk, not on one of the kernel's
+/// views of itself. Any thread.
+bool takesDiskSpace(int folder);
+
 /// Finds what `name` in the open folder `folder` leads to in the end, without opening it for reading. May wait for the
 /// disks and servers on the way. Fails with an errno value. Any thread.
 std::expected<UniqueDescriptor, int> findTarget(int folder, const std::string& name);

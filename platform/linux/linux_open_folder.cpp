@@ -147,4 +147,9 @@ LinkTarget LinuxOpenFolder::resolveLink(std::string_view name) {
   return describeTarget(*target, std::move(ownUrl));
 }
 
+bool LinuxOpenFolder::takesDiskSpace() {
+  const auto pin = descriptor();
+  return !pin || dunmere::takesDiskSpace(pin->descriptor());
+}
+
 }  // namespace dunmere

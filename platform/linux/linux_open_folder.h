@@ -27,6 +27,7 @@ class LinuxOpenFolder final : public PosixOpenFolder {
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openChild(std::string_view name) override;
   std::optional<EntryAttributes> attributes(std::string_view name) override;
   LinkTarget resolveLink(std::string_view name) override;
+  bool takesDiskSpace() override;
 
   LinuxOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent, std::string name,
                   EntryDetail detail);

@@ -155,6 +155,15 @@ TEST_F(RealScanTest, TreeThatVanishesWhileItIsReadEndsTheScanQuietly) {
   EXPECT_LE(inventory->fileCount, 13'000);
 }
 
+TEST_F(RealScanTest, WhatTheSystemHidesOfItselfIsNoReadError) {
+  const auto result = runUnprivileged([&] {
+    EXPECT_NE(::access("/proc/1/fd/0", F_OK), 0) << "nothing is hidden here";
+    EXPECT_FALSE(scan(FileUrl("/proc/1")).value().hadReadErrors);
+    return 0;
+  });
+  EXPECT_EQ(result.exitCode, 0) << result.output;
+}
+
 TEST_F(RealScanTest, FolderWithoutPermissionIsAReadErrorAndTheRestIsCounted) {
   tree.folder("root/closed");
   tree.file("root/closed/file", 40'000);

@@ -90,6 +90,11 @@ class MemoryFileSystem::Folder : public OpenFolder {
     return std::make_shared<Folder>(fileSystem_, anchor_, *node, EntryDetail::sizes);
   }
 
+  bool takesDiskSpace() override {
+    const std::lock_guard lock(fileSystem_.mutex_);
+    return node_.folder->takesDiskSpace;
+  }
+
   std::optional<EntryAttributes> attributes(std::string_view name) override {
     const std::lock_guard lock(fileSystem_.mutex_);
     fileSystem_.attributeReads_.push_back(logged(name));
@@ -177,6 +182,10 @@ void MemoryFileSystem::markPackage(const std::string& path) {
 
 void MemoryFileSystem::makeUnreadable(const std::string& path) {
   changeFolder(path, [](MemoryNode& node) { node.folder->unreadable = true; });
+}
+
+void MemoryFileSystem::takeNoDiskSpace(const std::string& path) {
+  changeFolder(path, [](MemoryNode& node) { node.folder->takesDiskSpace = false; });
 }
 
 void MemoryFileSystem::makeReadable(const std::string& path) {

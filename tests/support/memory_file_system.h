@@ -38,12 +38,13 @@ class MemoryFileSystem : public FileSystem {
   void makeUnreadable(const std::string& path);  ///< opening this folder fails with EACCES
   void makeReadable(const std::string& path);
   void failReadingAfter(const std::string& path,
-                        std::size_t entries);    ///< reading fails with EIO after so many entries
-  void failMeasuring(const std::string& path);   ///< the sizes of this folder's files are out of reach, with EIO
-  void hideAttributes(const std::string& path);  ///< this entry's attributes cannot be read
-  void remove(const std::string& path);          ///< with all below it
-  void setBatchSize(std::size_t entries);        ///< entries a readEntries() hands out at most; default 3
-  void setStamps(bool given);                    ///< whether folders tell OpenFolder::stamp(); at first not
+                        std::size_t entries);     ///< reading fails with EIO after so many entries
+  void failMeasuring(const std::string& path);    ///< the sizes of this folder's files are out of reach, with EIO
+  void takeNoDiskSpace(const std::string& path);  ///< OpenFolder::takesDiskSpace() of this folder
+  void hideAttributes(const std::string& path);   ///< this entry's attributes cannot be read
+  void remove(const std::string& path);           ///< with all below it
+  void setBatchSize(std::size_t entries);         ///< entries a readEntries() hands out at most; default 3
+  void setStamps(bool given);                     ///< whether folders tell OpenFolder::stamp(); at first not
 
   // Volumes. At first the list cannot be had, no volume can be measured and the home folder is "/home/user".
   void setMountedVolumes(std::optional<std::vector<FileUrl>> volumes);

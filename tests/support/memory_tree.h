@@ -27,6 +27,7 @@ struct MemoryFolder {
   std::uint64_t version = 0;  ///< counts changes to which entries it has, or of what kinds
   bool unreadable = false;
   bool unmeasurable = false;
+  bool takesDiskSpace = true;
   std::optional<std::size_t> failsAfter;  ///< entries handed out before reading fails
 };
 

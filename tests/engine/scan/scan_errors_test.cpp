@@ -78,6 +78,21 @@ TEST_F(ScanErrors, FolderThatWasRemovedAfterItWasListedIsNoReadError) {
   }
 }
 
+TEST_F(ScanErrors, WhatCannotBeReadWhereNothingTakesDiskSpaceIsNoReadError) {
+  addFiles("/r/proc/1/fd", 1);
+  addFiles("/r/proc/torn", 3);
+  addFiles("/r/proc/unmeasurable", 1);
+  addFiles("/r/z", 1);
+  fileSystem_.makeUnreadable("/r/proc/1/fd");
+  fileSystem_.failReadingAfter("/r/proc/torn", 2);
+  fileSystem_.failMeasuring("/r/proc/unmeasurable");
+  for (const std::string folder : {"/r/proc/1", "/r/proc/torn", "/r/proc/unmeasurable"})
+    fileSystem_.takeNoDiskSpace(folder);
+  const PlainSnapshot last = plain(recordScan(fileSystem_, "/r").last());
+  EXPECT_EQ(last.fileCount, 3);
+  EXPECT_FALSE(last.hadReadErrors);
+}
+
 TEST_F(ScanErrors, FolderSwappedForALinkAfterItWasListedIsNotFollowed) {
   fileSystem_.addFile("/r/d/f", 1);
   fileSystem_.addFile("/secret/f", 1'000);
