@@ -22,9 +22,14 @@ constexpr std::chrono::seconds kIdle{1};
 
 struct Work {
   std::string place;
+  std::string folder;  // that the place lies in
   std::function<void()> run;
   Clock::time_point due;
 };
+
+std::string folderOf(const std::string& place) {
+  return place.substr(0, std::max<std::size_t>(place.rfind('/'), 1));
+}
 
 }  // namespace
 
@@ -35,11 +40,20 @@ struct BackgroundThreads::Shared {
     bool isBusy = false;  // somebody is at work for it
   };
 
+  struct Folder {
+    std::size_t waiting = 0;  // places in it for which works wait and nobody is busy
+    std::size_t busy = 0;
+
+    bool isFull() const { return busy >= kMostInOneFolder; }
+    std::size_t placesToBegin() const { return std::min(waiting, kMostInOneFolder - busy); }
+  };
+
   Mutex mutex;
   Condition changed;
-  std::list<Work> waiting GUARDED_BY(mutex);              // in the order of the calls
-  std::map<std::string, Place> places GUARDED_BY(mutex);  // with works that wait or are done
-  std::size_t placesToBegin GUARDED_BY(mutex) = 0;        // where works wait and nobody is busy
+  std::list<Work> waiting GUARDED_BY(mutex);                // in the order of the calls
+  std::map<std::string, Place> places GUARDED_BY(mutex);    // with works that wait or are done
+  std::map<std::string, Folder> folders GUARDED_BY(mutex);  // with such places
+  std::size_t placesToBegin GUARDED_BY(mutex) = 0;
   std::size_t threads GUARDED_BY(mutex) = 0;
   std::size_t working GUARDED_BY(mutex) = 0;
   bool isClosing GUARDED_BY(mutex) = false;
@@ -47,7 +61,17 @@ struct BackgroundThreads::Shared {
   void add(Work work) REQUIRES(mutex) {
     Place& place = places[work.place];
     waiting.push_back(std::move(work));
-    if (++place.waiting == 1 && !place.isBusy) ++placesToBegin;
+    if (++place.waiting == 1 && !place.isBusy) count(waiting.back().folder, 1, 0);
+  }
+
+  /// So many more places in `folder` wait, and so many more are busy.
+  void count(const std::string& name, int moreWaiting, int moreBusy) REQUIRES(mutex) {
+    Folder& folder = folders[name];
+    placesToBegin -= folder.placesToBegin();
+    folder.waiting += static_cast<std::size_t>(moreWaiting);
+    folder.busy += static_cast<std::size_t>(moreBusy);
+    placesToBegin += folder.placesToBegin();
+    if (folder.waiting + folder.busy == 0) folders.erase(name);
   }
 
   /// The first work that may begin now; else, when one will be due, the time in `next`.
@@ -55,11 +79,11 @@ struct BackgroundThreads::Shared {
     const auto now = Clock::now();
     for (auto work = waiting.begin(); work != waiting.end(); ++work) {
       Place& place = places.at(work->place);
-      if (place.isBusy) continue;
+      if (place.isBusy || folders.at(work->folder).isFull()) continue;
       if (work->due <= now) {
         place.isBusy = true;
         --place.waiting;
-        --placesToBegin;
+        count(work->folder, -1, 1);
         Work taken = std::move(*work);
         waiting.erase(work);
         return taken;
@@ -79,7 +103,7 @@ struct BackgroundThreads::Shared {
         changed.waitUntil(mutex, *next);
       } else if (free() == 1) {
         changed.wait(mutex);
-      } else if (!changed.waitUntil(mutex, Clock::now() + kIdle) && waiting.empty() && free() > 1) {
+      } else if (!changed.waitUntil(mutex, Clock::now() + kIdle) && free() > 1) {
         break;
       }
     }
@@ -98,11 +122,9 @@ struct BackgroundThreads::Shared {
     --working;
     const auto place = places.find(work.place);
     place->second.isBusy = false;
-    if (place->second.waiting > 0) {
-      ++placesToBegin;
-    } else {
-      places.erase(place);
-    }
+    const bool isWaiting = place->second.waiting > 0;
+    count(work.folder, isWaiting ? 1 : 0, -1);
+    if (!isWaiting) places.erase(place);
     changed.notifyAll();  // others may wait for the place
   }
 
@@ -128,7 +150,7 @@ BackgroundThreads::~BackgroundThreads() {
 
 void BackgroundThreads::run(const std::string& place, std::function<void()> work, Delay delay) {
   const MutexLock lock(shared_->mutex);
-  shared_->add({place, std::move(work), Clock::now() + delay});
+  shared_->add({place, folderOf(place), std::move(work), Clock::now() + delay});
   shared_->changed.notifyOne();
   if (shared_->free() >= shared_->placesToBegin || shared_->threads >= kMostThreads) return;
   try {

@@ -1,4 +1,4 @@
-// BackgroundThreads: threads that may get stuck in a file system, as many as are needed and no more than a few dozen.
+// BackgroundThreads: threads that may get stuck in a file system, as many as are needed, within a bound.
 #pragma once
 
 #include <cstddef>
@@ -15,8 +15,10 @@ namespace dunmere {
 /// many they are. When no thread can be started, works wait for one that is there.
 class BackgroundThreads final : public Background {
  public:
-  /// Stuck ones included. So many places that never answer at once are more than anybody opens.
-  static constexpr std::size_t kMostThreads = 64;
+  /// Stuck ones included, each of which costs some 50 KB.
+  static constexpr std::size_t kMostThreads = 256;
+  /// Of these, for places in one folder: whoever goes down a column on a share that is gone leaves other disks theirs.
+  static constexpr std::size_t kMostInOneFolder = 16;
 
   /// Starts the first thread; throws std::system_error when even that is refused.
   BackgroundThreads();

@@ -70,12 +70,20 @@ TEST_F(BackgroundThreadsTest, APlaceThatNeverAnswersTakesOneThreadHoweverManyWor
   EXPECT_LE(background_.threadCount(), 3U);
 }
 
+TEST_F(BackgroundThreadsTest, ManyDeadPlacesInOneFolderLeaveThreadsForOthers) {
+  for (int i = 0; i < 1000; ++i) runStuck("/dead/" + std::to_string(i));
+  EXPECT_TRUE(answers("/alive"));
+  EXPECT_TRUE(answers("/dead"));
+  EXPECT_LE(background_.threadCount(), BackgroundThreads::kMostInOneFolder + 2);
+  gate_->open();
+  EXPECT_TRUE(answers("/dead/999"));
+}
+
 TEST_F(BackgroundThreadsTest, ThreadsAreBoundedHoweverManyPlacesAreDead) {
-  for (int i = 0; i < 200; ++i) runStuck("/dead/" + std::to_string(i));
+  for (int i = 0; i < 1000; ++i) runStuck("/dead " + std::to_string(i) + "/folder");
   EXPECT_EQ(background_.threadCount(), BackgroundThreads::kMostThreads);
   gate_->open();
-  EXPECT_TRUE(answers("/dead/199"));
-  EXPECT_EQ(background_.threadCount(), BackgroundThreads::kMostThreads);
+  EXPECT_TRUE(answers("/dead 999/folder"));
 }
 
 TEST_F(BackgroundThreadsTest, WorksAboutOnePlaceAreDoneInTurn) {
