@@ -22,7 +22,8 @@ ColumnListing::LinkTargets LinkLooks::look(const std::shared_ptr<OpenFolder>& fo
     if (!waiting_.empty()) folder_ = folder;
     isAwaited_ = true;
   }
-  startThreads();
+  startThreads(kUsualThreads);
+  callHelp();
   const auto deadline = std::chrono::steady_clock::now() + background_.moment() / 2;
   const MutexLock lock(mutex_);
   while (!asked_.empty() && found_.waitUntil(mutex_, deadline)) continue;
@@ -37,8 +38,25 @@ void LinkLooks::close() {
   folder_.reset();
 }
 
-void LinkLooks::startThreads() {
-  for (std::size_t number = 0; number < kMostThreads; ++number) {
+/// Has more threads help, if links still wait when these may be stuck.
+void LinkLooks::callHelp() {
+  constexpr Background::Delay kPatience = std::chrono::seconds(1);
+  {
+    const MutexLock lock(mutex_);
+    if (waiting_.empty() || std::exchange(isHelpCalled_, true)) return;
+  }
+  const auto help = [looks = shared_from_this()] {
+    {
+      const MutexLock lock(looks->mutex_);
+      looks->isHelpCalled_ = false;
+    }
+    untilMemoryAllows([&] { looks->startThreads(kMostThreads); });
+  };
+  background_.run("links of " + folderPath_, help, kPatience);
+}
+
+void LinkLooks::startThreads(std::size_t atMost) {
+  for (std::size_t number = 0; number < atMost; ++number) {
     {
       const MutexLock lock(mutex_);
       if (waiting_.empty()) return;

@@ -22,7 +22,9 @@ namespace dunmere {
 class LinkLooks : public std::enable_shared_from_this<LinkLooks> {
  public:
   /// A column with more dead links than this shows the rest of its links without their targets.
-  static constexpr std::size_t kMostThreads = 4;
+  static constexpr std::size_t kMostThreads = 16;
+  /// As long as links answer.
+  static constexpr std::size_t kUsualThreads = 4;
   /// `late` is called in the background when there are targets that nobody waited for.
   LinkLooks(Background& background, std::string folder, std::function<void()> late);
 
@@ -41,7 +43,8 @@ class LinkLooks : public std::enable_shared_from_this<LinkLooks> {
     std::string name;
   };
 
-  void startThreads();
+  void startThreads(std::size_t atMost);
+  void callHelp();
   void walk();
   std::optional<Look> takeLook();
   void keepTarget(const std::string& name, const LinkTarget& target);
@@ -60,6 +63,7 @@ class LinkLooks : public std::enable_shared_from_this<LinkLooks> {
   std::set<std::string> asked_ GUARDED_BY(mutex_);  // waiting or being looked at
   ColumnListing::LinkTargets targets_ GUARDED_BY(mutex_);
   std::set<std::size_t> threads_ GUARDED_BY(mutex_);  // the numbers of those at work
+  bool isHelpCalled_ GUARDED_BY(mutex_) = false;
   bool isAwaited_ GUARDED_BY(mutex_) = false;
   bool isClosed_ GUARDED_BY(mutex_) = false;
 };

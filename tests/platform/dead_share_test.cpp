@@ -49,7 +49,7 @@ class DeadShareTest : public ::testing::Test {
   // Waiting for each would outlast the test's own limit.
   static constexpr int kOften = 1000;
   // Of the scan, and those that are stuck: one for each folder and item that was asked for, some for links.
-  static constexpr int kFew = 30;
+  static constexpr int kFew = 45;
 
   void expect(const std::function<void(World& world)>& body) {
     const auto result = runWithOwnMounts([&] {

@@ -30,7 +30,7 @@ class LinkLooksTest : public ::testing::Test {
   std::vector<std::string> look(const std::vector<std::string>& names) {
     std::vector<std::string> found;
     for (const auto& [name, target] : looks_->look(folder_, names)) {
-      EXPECT_EQ(target.url, FileUrl("/root/file"));
+      EXPECT_EQ(target.url, FileUrl(name.starts_with("dead") ? "/root/" + name : "/root/file"));
       found.push_back(name);
     }
     return found;
@@ -68,7 +68,22 @@ TEST_F(LinkLooksTest, LinksThatAnswerLateAreToldByTheNextCallAndSayThatTheyCame)
 TEST_F(LinkLooksTest, ALinkThatIsBeingLookedAtIsNotAskedForAgain) {
   background_.hold();
   for (int i = 0; i < 100; ++i) look({"a", "b"});
-  EXPECT_LE(background_.waiting(), LinkLooks::kMostThreads);
+  EXPECT_LE(background_.waiting(), LinkLooks::kMostThreads + 1);
+}
+
+TEST_F(LinkLooksTest, LinksBehindThoseThatNeverAnswerAreLookedAtByMoreThreads) {
+  std::vector<std::string> names;
+  for (int i = 0; i < 8; ++i) names.push_back("dead " + std::to_string(i));
+  names.push_back("a");
+  // Nothing that was begun ever ends: the first four links are with four threads.
+  background_.hold();
+  look(names);
+  EXPECT_EQ(background_.waiting(), LinkLooks::kUsualThreads + 1);
+  EXPECT_TRUE(background_.runPlace("links of /root"));
+  EXPECT_EQ(background_.waiting(), LinkLooks::kMostThreads);
+  // One of those that came to help.
+  EXPECT_TRUE(background_.runPlace("links " + std::to_string(LinkLooks::kMostThreads - 1) + " of /root"));
+  EXPECT_THAT(look({}), ::testing::Contains("a"));
 }
 
 TEST_F(LinkLooksTest, NothingIsBegunOnceTheColumnIsClosed) {
