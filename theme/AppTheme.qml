@@ -2,8 +2,7 @@ pragma Singleton
 
 import QtQuick
 
-// The palette and the type scale: every colour of the interface has its name here. Colours are sRGB and opaque unless
-// said otherwise.
+// The colours that several views share. sRGB, and opaque unless said otherwise.
 QtObject {
     readonly property color accentOrange: Qt.rgba(240 / 255, 90 / 255, 40 / 255, 1)
     readonly property color accentOrangeDeep: Qt.rgba(217 / 255, 74 / 255, 31 / 255, 1)
