@@ -59,14 +59,16 @@ struct BackgroundThreads::Shared {
   bool isClosing GUARDED_BY(mutex) = false;
 
   void add(Work work) REQUIRES(mutex) {
+    // All that may throw comes first.
     Place& place = places[work.place];
+    folders.try_emplace(work.folder);
     waiting.push_back(std::move(work));
     if (++place.waiting == 1 && !place.isBusy) count(waiting.back().folder, 1, 0);
   }
 
-  /// So many more places in `folder` wait, and so many more are busy.
+  /// So many more places in the folder, which is there, wait, and so many more are busy.
   void count(const std::string& name, int moreWaiting, int moreBusy) REQUIRES(mutex) {
-    Folder& folder = folders[name];
+    Folder& folder = folders.at(name);
     placesToBegin -= folder.placesToBegin();
     folder.waiting += static_cast<std::size_t>(moreWaiting);
     folder.busy += static_cast<std::size_t>(moreBusy);
