@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <deque>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -317,6 +318,22 @@ TEST_F(ListingFaults, MemoryOfAFailedListingIsNotBelieved) {
 
 // ---- The pane ----
 
+/// A pane with the real threads. Never destroyed: they may still be at work for it.
+struct ThreadedPane {
+  explicit ThreadedPane(FileSystem& files)
+      : pane(files, desktop, mainThread, background, {[] { return false; }, [](bool) {}}) {}
+
+  static ThreadedPane& make(FileSystem& files) {
+    static auto& panes = *new std::deque<ThreadedPane>();
+    return panes.emplace_back(files);
+  }
+
+  FakeDesktop desktop;
+  MainThreadQueue mainThread;
+  BackgroundThreads background;
+  DiskSweeperPane pane;
+};
+
 TEST_F(ListingFaults, AColumnOfThePaneFailsOrIsWhole) {
   tree.link("a/link", "one");
   const std::size_t whole = list().value().size();
@@ -324,18 +341,16 @@ TEST_F(ListingFaults, AColumnOfThePaneFailsOrIsWhole) {
   int first = 1;
   for (bool hasFailed = true; hasFailed && !HasFailure(); ++first) {
     SCOPED_TRACE("call " + std::to_string(first));
-    FakeDesktop desktop;
-    MainThreadQueue mainThread;
-    BackgroundThreads background;
-    DiskSweeperPane pane(*files, desktop, mainThread, background, {[] { return false; }, [](bool) {}});
-    pane.beginBrowsing(tree.url());
-    const auto isListed = [&](std::size_t column, std::size_t rows) {
+    ThreadedPane& world = ThreadedPane::make(*files);
+    DiskSweeperPane& pane = world.pane;
+    const auto isListed = [&pane](std::size_t column, std::size_t rows) {
       return pane.loadError() || pane.columnChildren().at(column).size() == rows;
     };
-    ASSERT_TRUE(mainThread.runUntil([&] { return pane.inventory()->scanComplete && isListed(0, kRootRows); }));
+    pane.beginBrowsing(tree.url());
+    ASSERT_TRUE(world.mainThread.runUntil([&] { return pane.inventory()->scanComplete && isListed(0, kRootRows); }));
     const FailingCall failing(Fallible::memory, first, ENOMEM, {.lasting = false, .sparesCaller = true});
     pane.selectItem({folder, "a", true}, 0);
-    EXPECT_TRUE(mainThread.runUntil([&] { return isListed(1, whole); }));
+    EXPECT_TRUE(world.mainThread.runUntil([&] { return isListed(1, whole); }));
     hasFailed = failing.hasFailed();
   }
   EXPECT_GT(first, 10) << "hardly anything failed";
