@@ -15,11 +15,14 @@ ColumnListing::LinkTargets LinkLooks::look(const std::shared_ptr<OpenFolder>& fo
   {
     const MutexLock lock(mutex_);
     if (isClosed_) return {};
+    folder_ = folder;  // before any name waits: memory may run out in between
     for (const std::string& name : names) {
-      const bool isNew = known_.insert(name).second;
-      if ((isNew || !onlyNew) && asked_.insert(name).second) waiting_.push_back(name);
+      if (asked_.contains(name) || (onlyNew && known_.contains(name))) continue;
+      waiting_.push_back(name);
+      asked_.insert(name);
+      known_.insert(name);
     }
-    if (!waiting_.empty()) folder_ = folder;
+    if (waiting_.empty()) folder_.reset();
     isAwaited_ = true;
   }
   startThreads(kUsualThreads);
