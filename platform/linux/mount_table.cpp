@@ -79,7 +79,9 @@ class MountTree {
     const auto same = last_.find({mount.parentId, mount.mountPoint});
     if (same != last_.end() && same->second > number) return true;
     for (std::string_view above = mount.mountPoint; above.size() > 1;) {
-      above = above.substr(0, std::max<std::size_t>(above.rfind('/'), 1));
+      const std::size_t slash = above.rfind('/');
+      if (slash == std::string_view::npos) break;  // no path: the table holds nonsense
+      above = above.substr(0, std::max<std::size_t>(slash, 1));
       if (last_.contains({mount.parentId, above})) return true;
     }
     return false;

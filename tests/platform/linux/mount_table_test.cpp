@@ -188,6 +188,10 @@ TEST(MountTable, AMountIsReachableWhenItsOwnFolderLeadsIntoIt) {
   }
 }
 
+TEST(MountTable, AMountPointThatIsNoPathEndsTheLookAbove) {
+  EXPECT_EQ(withoutHiddenMounts({disk("nonsense"), disk("")}).size(), 2u);
+}
+
 TEST(MountTable, ParentsInACircleAreNotReachable) {
   auto one = disk("/mnt/one");
   auto two = disk("/mnt/two");
