@@ -34,8 +34,18 @@ bool isOutOfSpace(const std::error_code& code) {
   return code == std::errc::no_space_on_device || code == std::error_code(EDQUOT, std::generic_category());
 }
 
+// These have no std::errc name either, or one that says something else.
+
 bool isReplaced(const std::error_code& code) {
-  return code == std::error_code(ESTALE, std::generic_category());  // no std::errc name either
+  return code == std::error_code(ESTALE, std::generic_category());
+}
+
+bool isInTrash(const std::error_code& code) {
+  return code == std::error_code(EALREADY, std::generic_category());
+}
+
+bool holdsTrash(const std::error_code& code) {
+  return code == std::error_code(EDEADLK, std::generic_category());
 }
 
 std::string moveToTrashText(const SweepError& error) {
@@ -53,6 +63,8 @@ std::string moveToTrashText(const SweepError& error) {
   if (isOutOfSpace(code)) return "You can’t save the file " + quoted(name) + " because there isn’t enough space.";
   if (code == std::errc::filename_too_long) return failure + " because its name is too long.";
   if (isReplaced(code)) return failure + " because something else has taken its place.";
+  if (isInTrash(code)) return failure + " because it is in the trash already.";
+  if (holdsTrash(code)) return failure + " because it holds the trash.";
   if (code == std::errc::device_or_resource_busy) return failure + " because a volume is mounted in it.";
   return failure + ".";
 }

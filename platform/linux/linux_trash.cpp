@@ -84,6 +84,23 @@ std::expected<TrashFolder, std::error_code> openTrash(const HeldItem& held, cons
   return openVolumeTrash(held);
 }
 
+/// Moving it once more would free nothing and lose the record of where it came from.
+bool liesInATrash(const std::string& path) {
+  for (FileUrl above(path); above.path() != "/";) {
+    above = above.deletingLastPathComponent();
+    if (isTrash(above.path())) return true;
+  }
+  return false;
+}
+
+/// Whether the item may move into that Trash, which may have any name: the user's own may be a link.
+std::error_code refusalBeside(const TrashFolder& trash, const std::string& path) {
+  const auto trashPath = currentPath(trash.folder);
+  if (!trashPath) return trashPath.error();
+  if (isAtOrBelow(*trashPath, path)) return systemCode(EDEADLK);
+  return isAtOrBelow(path, *trashPath) ? systemCode(EALREADY) : std::error_code();
+}
+
 class ItemForTrash final : public TrashableItem {
  public:
   ItemForTrash(FileSystem& fileSystem, const FileUrl& url) : fileSystem_(fileSystem), url_(url), held_(holdItem(url)) {}
@@ -108,13 +125,20 @@ class ItemForTrash final : public TrashableItem {
     const auto isHere = isHeldItem(held, held.folder, held.name);
     if (!isHere) return isHere.error();
     if (!*isHere) return systemCode(ESTALE);
+    if (liesInATrash(path)) return systemCode(EALREADY);
+    if (isTrash(path)) return systemCode(EDEADLK);
 
     const MountEntry* const mount = mountHolding(*mounts, path);
-    const auto trash = openTrash(held, mount);
-    const std::error_code code =
-        trash ? moveUnderFreeName({held, *trash, trashRecordText(*trash, path, std::time(nullptr))}) : trash.error();
+    const std::error_code code = moveOn(mount, path);
     if (code == std::errc::not_supported) volumeName = nameOfVolume(mount ? mount->mountPoint : "/");
     return code;
+  }
+
+  std::error_code moveOn(const MountEntry* mount, const std::string& path) {
+    const auto trash = openTrash(*held_, mount);
+    if (!trash) return trash.error();
+    if (const auto code = refusalBeside(*trash, path)) return code;
+    return moveUnderFreeName({*held_, *trash, trashRecordText(*trash, path, std::time(nullptr))});
   }
 
   std::string nameOfVolume(const std::string& mountPoint) {

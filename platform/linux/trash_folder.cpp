@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <string_view>
 #include <utility>
 
 #include "platform/posix/paths.h"
@@ -17,6 +18,8 @@ namespace dunmere {
 namespace {
 
 constexpr mode_t kOwnersOnly = 0700;
+constexpr std::string_view kShared = ".Trash";
+constexpr std::string_view kPrivate = ".Trash-";  ///< and the user's number
 
 template <typename Value>
 using Found = std::expected<Value, std::error_code>;
@@ -61,12 +64,12 @@ bool isOwnOn(const Volume& volume, const UniqueDescriptor& trash) {
   return fstat(trash.get(), &status) == 0 && status.st_uid == geteuid() && volumeOf(trash) == volume;
 }
 
-Found<TrashFolder> openInside(const UniqueDescriptor& trash, std::string top) {
+Found<TrashFolder> openInside(UniqueDescriptor trash, std::string top) {
   auto files = ensureFolder(trash, "files");
   if (!files) return std::unexpected(mappedToNotSupported(files.error()));
   auto info = ensureFolder(trash, "info");
   if (!info) return std::unexpected(mappedToNotSupported(info.error()));
-  return TrashFolder{std::move(*files), std::move(*info), std::move(top)};
+  return TrashFolder{std::move(trash), std::move(*files), std::move(*info), std::move(top)};
 }
 
 // As the XDG Base Directory Specification says.
@@ -112,7 +115,7 @@ Found<UniqueDescriptor> topOf(const Volume& volume, const UniqueDescriptor& fold
 
 /// The user's folder in the .Trash that the administrator has made for all users.
 Found<UniqueDescriptor> openShared(const Volume& volume, const UniqueDescriptor& top) {
-  const auto shared = openFolder(top.get(), ".Trash", O_NOFOLLOW);
+  const auto shared = openFolder(top.get(), std::string(kShared), O_NOFOLLOW);
   if (!shared) return systemFailure(ENOTSUP);
   struct stat status{};
   // Without the sticky bit any user could remove another one's folder.
@@ -123,9 +126,25 @@ Found<UniqueDescriptor> openShared(const Volume& volume, const UniqueDescriptor&
 }
 
 Found<UniqueDescriptor> openPrivate(const Volume& volume, const UniqueDescriptor& top) {
-  auto trash = ensureFolder(top, ".Trash-" + std::to_string(geteuid()));
+  auto trash = ensureFolder(top, std::string(kPrivate) + std::to_string(geteuid()));
   if (trash && !isOwnOn(volume, *trash)) return systemFailure(ENOTSUP);
   return trash;
+}
+
+/// 0 when there is no folder; a link is none.
+mode_t folderMode(const std::string& path) {
+  struct stat status{};
+  return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) ? status.st_mode : 0;
+}
+
+bool isNumber(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+bool isCalledLikeATrash(const FileUrl& folder) {
+  const std::string name = folder.lastPathComponent();
+  if (isNumber(name)) return folder.deletingLastPathComponent().lastPathComponent() == kShared;
+  return name == "Trash" || (name.starts_with(kPrivate) && isNumber(std::string_view(name).substr(kPrivate.size())));
 }
 
 }  // namespace
@@ -140,10 +159,10 @@ std::expected<std::optional<TrashFolder>, std::error_code> openHomeTrash(const H
   const auto homeVolume = volumeOf(*nearest);
   if (!homeVolume) return std::unexpected(homeVolume.error());
   if (*homeVolume != *volume) return std::nullopt;
-  const auto trash = ensureFolders(data.appending("Trash"));
+  auto trash = ensureFolders(data.appending("Trash"));
   if (!trash) return std::unexpected(mappedToNotSupported(trash.error()));
   if (!isOwnOn(*volume, *trash)) return systemFailure(ENOTSUP);
-  return openInside(*trash, {});
+  return openInside(std::move(*trash), {});
 }
 
 std::expected<TrashFolder, std::error_code> openVolumeTrash(const HeldItem& held) {
@@ -156,7 +175,13 @@ std::expected<TrashFolder, std::error_code> openVolumeTrash(const HeldItem& held
   auto trash = openShared(*volume, *top);
   if (!trash) trash = openPrivate(*volume, *top);
   if (!trash) return std::unexpected(mappedToNotSupported(trash.error()));
-  return openInside(*trash, std::move(*topPath));
+  return openInside(std::move(*trash), std::move(*topPath));
+}
+
+bool isTrash(const std::string& path) {
+  const FileUrl folder(path);
+  if (folder.lastPathComponent() == kShared) return (folderMode(path) & S_ISVTX) != 0;
+  return isCalledLikeATrash(folder) && folderMode(path + "/files") != 0 && folderMode(path + "/info") != 0;
 }
 
 }  // namespace dunmere

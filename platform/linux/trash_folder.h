@@ -12,9 +12,10 @@
 namespace dunmere {
 
 struct TrashFolder {
-  UniqueDescriptor files;  ///< the items
-  UniqueDescriptor info;   ///< their records, each of the item's name and ".trashinfo"
-  std::string top;         ///< origins are recorded relative to this absolute path; empty: they are absolute
+  UniqueDescriptor folder;  ///< the Trash itself, which holds the next two
+  UniqueDescriptor files;   ///< the items
+  UniqueDescriptor info;    ///< their records, each of the item's name and ".trashinfo"
+  std::string top;          ///< origins are recorded relative to this absolute path; empty: they are absolute
 };
 
 /// The Trash in the user's home, made when missing: $XDG_DATA_HOME/Trash, else ~/.local/share/Trash. None when the home
@@ -27,5 +28,9 @@ std::expected<std::optional<TrashFolder>, std::error_code> openHomeTrash(const H
 /// made a .Trash folder with the sticky bit, else .Trash-UID. Never follows a link. Fails as openHomeTrash(), and with
 /// ENOTSUP also when none may be made there. Any thread.
 std::expected<TrashFolder, std::error_code> openVolumeTrash(const HeldItem& held);
+
+/// Whether the folder at `path`, absolute and without links, is somebody's Trash by its name and what is in it, or the
+/// .Trash for all users. Any thread.
+bool isTrash(const std::string& path);
 
 }  // namespace dunmere

@@ -87,6 +87,16 @@ TEST(ErrorText, TrashOfAMountPoint) {
             "“Photos” couldn’t be moved to the trash because a volume is mounted in it.");
 }
 
+TEST(ErrorText, TrashOfWhatIsInIt) {
+  EXPECT_EQ(textOf(SweepAttempt::moveToTrash, EALREADY),
+            "“Photos” couldn’t be moved to the trash because it is in the trash already.");
+}
+
+TEST(ErrorText, TrashOfWhatHoldsIt) {
+  EXPECT_EQ(textOf(SweepAttempt::moveToTrash, EDEADLK),
+            "“Photos” couldn’t be moved to the trash because it holds the trash.");
+}
+
 TEST(ErrorText, TrashThatFailsOtherwise) {
   EXPECT_EQ(textOf(SweepAttempt::moveToTrash, EIO), "“Photos” couldn’t be moved to the trash.");
 }

@@ -335,6 +335,13 @@ std::vector<TrashOutcomes::Case> TrashOutcomes::cases() {
          makeHomeTrash();
          return move(home());
        }},
+      {"It lies in a Trash already",
+       {},
+       [&] {
+         makeHomeTrash();
+         for (const char* folder : {"/files", "/info"}) makeFolder(trash() + folder);
+         return move(newItem(trash() + "/files/item"));
+       }},
       {"In the place of the home’s Trash is a file",
        {},
        [&] {
@@ -402,7 +409,7 @@ TEST_P(TrashOutcome, IsToldByTheDocument) {
   EXPECT_THAT(Document().table(), testing::HasSubstr(rowOf(one)));
 }
 
-constexpr std::size_t kCases = 30;
+constexpr std::size_t kCases = 31;
 INSTANTIATE_TEST_SUITE_P(All, TrashOutcome, testing::Range(std::size_t{0}, kCases));
 
 TEST_F(TrashOutcomes, OfTheDocumentAreTheseCases) {
