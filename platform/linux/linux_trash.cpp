@@ -81,7 +81,7 @@ std::expected<TrashFolder, std::error_code> openTrash(const HeldItem& held, cons
   if (!home) return std::unexpected(home.error());
   if (*home) return std::move(**home);
   if (mount == nullptr || !mayHoldTrash(*mount)) return systemFailure(ENOTSUP);
-  return openVolumeTrash(held);
+  return openVolumeTrash(held, mount->mountPoint);
 }
 
 /// Moving it once more would free nothing and lose the record of where it came from.
@@ -142,6 +142,9 @@ class ItemForTrash final : public TrashableItem {
   }
 
   std::string nameOfVolume(const std::string& mountPoint) {
+    // A subvolume is called by its folder: the volume around it may well have a Trash.
+    const auto top = topFolder(*held_);
+    if (top && *top != mountPoint) return FileUrl(*top).lastPathComponent();
     const auto values = fileSystem_.volumeValues(FileUrl(mountPoint));
     if (values && values->name && !values->name->empty()) return *values->name;
     return mountPoint == "/" ? "Filesystem root" : FileUrl(mountPoint).lastPathComponent();

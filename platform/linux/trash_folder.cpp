@@ -165,13 +165,22 @@ std::expected<std::optional<TrashFolder>, std::error_code> openHomeTrash(const H
   return openInside(std::move(*trash), {});
 }
 
-std::expected<TrashFolder, std::error_code> openVolumeTrash(const HeldItem& held) {
+std::expected<std::string, std::error_code> topFolder(const HeldItem& held) {
+  const auto volume = volumeOf(held.folder);
+  if (!volume) return std::unexpected(volume.error());
+  const auto top = topOf(*volume, held.folder);
+  if (!top) return std::unexpected(top.error());
+  return currentPath(*top);
+}
+
+std::expected<TrashFolder, std::error_code> openVolumeTrash(const HeldItem& held, const std::string& mountPoint) {
   const auto volume = volumeOf(held.folder);
   if (!volume) return std::unexpected(volume.error());
   const auto top = topOf(*volume, held.folder);
   if (!top) return std::unexpected(top.error());
   auto topPath = currentPath(*top);
   if (!topPath) return std::unexpected(topPath.error());
+  if (*topPath != mountPoint) return systemFailure(ENOTSUP);
   auto trash = openShared(*volume, *top);
   if (!trash) trash = openPrivate(*volume, *top);
   if (!trash) return std::unexpected(mappedToNotSupported(trash.error()));

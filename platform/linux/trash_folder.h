@@ -24,10 +24,15 @@ struct TrashFolder {
 /// volume; otherwise with the system's code. Any thread.
 std::expected<std::optional<TrashFolder>, std::error_code> openHomeTrash(const HeldItem& held);
 
+/// The path of the topmost folder of the item's volume: a mount point, or a btrfs subvolume that is none. Fails as
+/// currentPath(). Any thread.
+std::expected<std::string, std::error_code> topFolder(const HeldItem& held);
+
 /// The user's Trash in the top folder of the item's volume, made when missing: .Trash/UID where the administrator has
 /// made a .Trash folder with the sticky bit, else .Trash-UID. Never follows a link. Fails as openHomeTrash(), and with
-/// ENOTSUP also when none may be made there. Any thread.
-std::expected<TrashFolder, std::error_code> openVolumeTrash(const HeldItem& held);
+/// ENOTSUP also when none may be made there, or when the top folder is not `mountPoint`: no desktop looks for a Trash
+/// elsewhere. Any thread.
+std::expected<TrashFolder, std::error_code> openVolumeTrash(const HeldItem& held, const std::string& mountPoint);
 
 /// Whether the folder at `path`, absolute and without links, is somebody's Trash by its name and what is in it, or the
 /// .Trash for all users. Any thread.

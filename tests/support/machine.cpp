@@ -46,6 +46,14 @@ void tryLoopDevices(const TemporaryTree& tree) {
   mountImage(tree.path("image"), tree.path("disk"));
 }
 
+void tryBtrfs(const TemporaryTree& tree) {
+  enterPrivateMounts();
+  tree.sparseFile("image", 128 << 20);
+  tree.folder("disk");
+  mountBtrfs(tree.path("image"), tree.path("disk"));
+  makeSubvolume(tree.path("disk/below"));
+}
+
 void tryFuse(const TemporaryTree& tree) {
   enterPrivateMounts();
   tree.folder("share");
@@ -110,6 +118,7 @@ constexpr std::array kKnown = std::to_array<Known>({
     {Feature::privateMounts, "privateMounts", "does not allow private mounts", tryPrivateMounts},
     {Feature::overlayMounts, "overlayMounts", "does not allow private overlay mounts", tryOverlayMounts},
     {Feature::loopDevices, "loopDevices", "does not allow loop devices", tryLoopDevices},
+    {Feature::btrfs, "btrfs", "does not allow a btrfs on a loop device", tryBtrfs},
     {Feature::fuse, "fuse", "does not allow FUSE", tryFuse},
     {Feature::tracing, "tracing", "does not allow tracing a process", tryTracing},
     {Feature::secondUser, "secondUser", "does not allow acting as a second user", trySecondUser},

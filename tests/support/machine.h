@@ -13,6 +13,7 @@ enum class Feature {
   privateMounts,
   overlayMounts,
   loopDevices,
+  btrfs,  ///< on a loop device
   fuse,
   tracing,
   secondUser,        ///< files of another user, and becoming one

@@ -22,6 +22,10 @@ void check(bool succeeded, const std::string& attempt) {
   if (!succeeded) throw std::system_error(errno, std::generic_category(), attempt);
 }
 
+void run(const std::string& command) {
+  if (std::system(command.c_str()) != 0) throw std::runtime_error(command);
+}
+
 void writeText(const char* path, const std::string& text) {
   std::ofstream file(path);
   check(static_cast<bool>(file << text << std::flush), path);
@@ -90,8 +94,15 @@ void mountVolume(const std::string& path, const std::string& options) {
 }
 
 void mountImage(const std::string& image, const std::string& path) {
-  const std::string command = "mke2fs -q -F '" + image + "' && mount -o loop '" + image + "' '" + path + "'";
-  if (std::system(command.c_str()) != 0) throw std::runtime_error("no loop mount");
+  run("mke2fs -q -F '" + image + "' && mount -o loop '" + image + "' '" + path + "'");
+}
+
+void mountBtrfs(const std::string& image, const std::string& path) {
+  run("mkfs.btrfs -q -f '" + image + "' > /dev/null && mount -o loop '" + image + "' '" + path + "'");
+}
+
+void makeSubvolume(const std::string& path) {
+  run("btrfs subvolume create '" + path + "' > /dev/null");
 }
 
 }  // namespace dunmere::test

@@ -33,4 +33,10 @@ void mountVolume(const std::string& path, const std::string& options = {});
 /// Mounts an empty file system in the file `image`, which is as large as it shall be, on the existing folder `path`.
 void mountImage(const std::string& image, const std::string& path);
 
+/// The same with a btrfs, which takes an image of at least 110 MB.
+void mountBtrfs(const std::string& image, const std::string& path);
+
+/// Makes the subvolume `path` on a btrfs.
+void makeSubvolume(const std::string& path);
+
 }  // namespace dunmere::test

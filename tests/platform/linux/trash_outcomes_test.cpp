@@ -234,6 +234,16 @@ std::vector<TrashOutcomes::Case> TrashOutcomes::cases() {
          makeLink(volumeTrash("volume"), "elsewhere");
          return move(item);
        }},
+      {"It lies in a btrfs subvolume that is no mount point", Feature::btrfs,
+       [&] {
+         enterPrivateMounts();
+         makeFile(path("image"), "");
+         EXPECT_EQ(truncate(path("image").c_str(), 128 << 20), 0);
+         makeFolder(path("volume"));
+         mountBtrfs(path("image"), path("volume"));
+         makeSubvolume(path("volume/below"));
+         return move(newItem(path("volume/below/item")));
+       }},
       {"It lies in memory (tmpfs)", Feature::privateMounts,
        [&] {
          enterPrivateMounts();
@@ -409,7 +419,7 @@ TEST_P(TrashOutcome, IsToldByTheDocument) {
   EXPECT_THAT(Document().table(), testing::HasSubstr(rowOf(one)));
 }
 
-constexpr std::size_t kCases = 31;
+constexpr std::size_t kCases = 32;
 INSTANTIATE_TEST_SUITE_P(All, TrashOutcome, testing::Range(std::size_t{0}, kCases));
 
 TEST_F(TrashOutcomes, OfTheDocumentAreTheseCases) {
