@@ -21,9 +21,10 @@ class Trash {
   /// Holds the item at `url` as Desktop::holdItem() says. Its codes beside the system's own:
   /// ESTALE: another item has taken its place. EBUSY: the root folder, a mount point, or a mount below the item, which
   /// would go along; a mount made during the call is not noticed. ENOTSUP: the volume has no Trash that a desktop shows
-  /// (volumeName is set: its label, else the last component of its top folder). EALREADY: the item lies in a Trash.
-  /// EDEADLK: it is a Trash, or holds the one that it would move to. EINVAL: a path that ends in "." or "..". Waits as
-  /// long as the item's file system, as does the move. Any thread, and so for the held item.
+  /// (volumeName is set: its label, else the last component of its top folder). ENOTEMPTY: it holds what this user
+  /// could never delete from the Trash. EALREADY: the item lies in a Trash. EDEADLK: it is a Trash, or holds the one
+  /// that it would move to. EINVAL: a path that ends in "." or "..". Waits as long as the item's file system, as does
+  /// the move. Any thread, and so for the held item.
   std::unique_ptr<TrashableItem> hold(const FileUrl& url);
 
  private:

@@ -19,8 +19,8 @@ class TrashableItem {
 
   /// Moves the item (a link itself, never its target) to the user's Trash and waits for it. After a failure the item is
   /// where it was. Codes: ENOTSUP the volume has no Trash (volumeName is set), EBUSY a volume is mounted at or below
-  /// the item, ESTALE another item has taken its place, EALREADY it is in the Trash, EDEADLK it holds the Trash,
-  /// otherwise the system's own.
+  /// the item, ESTALE another item has taken its place, ENOTEMPTY it could never be deleted there, EALREADY it is in
+  /// the Trash, EDEADLK it holds the Trash, otherwise the system's own.
   virtual std::expected<void, SweepError> moveToTrash() = 0;
 };
 

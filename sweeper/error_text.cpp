@@ -63,6 +63,9 @@ std::string moveToTrashText(const SweepError& error) {
   if (isOutOfSpace(code)) return "You can’t save the file " + quoted(name) + " because there isn’t enough space.";
   if (code == std::errc::filename_too_long) return failure + " because its name is too long.";
   if (isReplaced(code)) return failure + " because something else has taken its place.";
+  if (code == std::errc::directory_not_empty) {
+    return failure + " because you don’t have permission to delete all of it.";
+  }
   if (isInTrash(code)) return failure + " because it is in the trash already.";
   if (holdsTrash(code)) return failure + " because it holds the trash.";
   if (code == std::errc::device_or_resource_busy) return failure + " because a volume is mounted in it.";

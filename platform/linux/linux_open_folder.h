@@ -29,6 +29,8 @@ class LinuxOpenFolder final : public PosixOpenFolder {
   LinkTarget resolveLink(std::string_view name) override;
   bool takesDiskSpace() override;
 
+  using PosixOpenFolder::descriptor;
+
   LinuxOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent, std::string name,
                   EntryDetail detail);
 

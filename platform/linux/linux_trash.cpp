@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <ctime>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "platform/linux/held_item.h"
+#include "platform/linux/item_look.h"
 #include "platform/linux/mount_choice.h"
 #include "platform/linux/mount_table.h"
 #include "platform/linux/trash_folder.h"
@@ -101,6 +103,22 @@ std::error_code refusalBeside(const TrashFolder& trash, const std::string& path)
   return isAtOrBelow(path, *trashPath) ? systemCode(EALREADY) : std::error_code();
 }
 
+/// All mounts; EBUSY when one is at the item or below it.
+std::expected<std::vector<MountEntry>, std::error_code> mountsBeside(const std::string& path) {
+  auto mounts = readMountTable();
+  if (!mounts) return systemFailure(mounts.error());
+  if (isMountAtOrBelow(*mounts, path)) return systemFailure(EBUSY);
+  return std::move(*mounts);
+}
+
+/// What the move would fail with, before a look through the item that may take long.
+std::error_code refusalOfRights(const HeldItem& held, const TrashFolder& trash) {
+  for (const UniqueDescriptor* folder : {&trash.info, &trash.files, &held.folder}) {
+    if (faccessat(folder->get(), ".", W_OK | X_OK, 0) != 0) return systemCode(errno);
+  }
+  return {};
+}
+
 class ItemForTrash final : public TrashableItem {
  public:
   ItemForTrash(FileSystem& fileSystem, const FileUrl& url) : fileSystem_(fileSystem), url_(url), held_(holdItem(url)) {}
@@ -119,9 +137,8 @@ class ItemForTrash final : public TrashableItem {
     const auto folder = currentPath(held.folder);
     if (!folder) return folder.error();
     const std::string path = FileUrl(*folder).appending(held.name).bytes();
-    const auto mounts = readMountTable();
-    if (!mounts) return systemCode(mounts.error());
-    if (isMountAtOrBelow(*mounts, path)) return systemCode(EBUSY);  // first: its file system may never answer
+    const auto mounts = mountsBeside(path);  // first: what is mounted below may never answer
+    if (!mounts) return mounts.error();
     const auto isHere = isHeldItem(held, held.folder, held.name);
     if (!isHere) return isHere.error();
     if (!*isHere) return systemCode(ESTALE);
@@ -138,6 +155,10 @@ class ItemForTrash final : public TrashableItem {
     const auto trash = openTrash(*held_, mount);
     if (!trash) return trash.error();
     if (const auto code = refusalBeside(*trash, path)) return code;
+    if (const auto code = refusalOfRights(*held_, *trash)) return code;
+    if (!canBeEmptied(*held_)) return systemCode(ENOTEMPTY);
+    if (const auto mounts = mountsBeside(path); !mounts)
+      return mounts.error();  // once more: the look may have taken long
     return moveUnderFreeName({*held_, *trash, trashRecordText(*trash, path, std::time(nullptr))});
   }
 

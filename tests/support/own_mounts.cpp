@@ -105,4 +105,8 @@ void makeSubvolume(const std::string& path) {
   run("btrfs subvolume create '" + path + "' > /dev/null");
 }
 
+void makeSnapshot(const std::string& from, const std::string& path) {
+  run("btrfs subvolume snapshot -r '" + from + "' '" + path + "' > /dev/null");
+}
+
 }  // namespace dunmere::test

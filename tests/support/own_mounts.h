@@ -39,4 +39,7 @@ void mountBtrfs(const std::string& image, const std::string& path);
 /// Makes the subvolume `path` on a btrfs.
 void makeSubvolume(const std::string& path);
 
+/// Makes the read-only snapshot `path` of the subvolume `from`.
+void makeSnapshot(const std::string& from, const std::string& path);
+
 }  // namespace dunmere::test

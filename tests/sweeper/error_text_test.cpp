@@ -97,6 +97,11 @@ TEST(ErrorText, TrashOfWhatHoldsIt) {
             "“Photos” couldn’t be moved to the trash because it holds the trash.");
 }
 
+TEST(ErrorText, TrashOfWhatCouldNeverBeDeleted) {
+  EXPECT_EQ(textOf(SweepAttempt::moveToTrash, ENOTEMPTY),
+            "“Photos” couldn’t be moved to the trash because you don’t have permission to delete all of it.");
+}
+
 TEST(ErrorText, TrashThatFailsOtherwise) {
   EXPECT_EQ(textOf(SweepAttempt::moveToTrash, EIO), "“Photos” couldn’t be moved to the trash.");
 }

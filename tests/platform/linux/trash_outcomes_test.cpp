@@ -294,6 +294,15 @@ std::vector<TrashOutcomes::Case> TrashOutcomes::cases() {
          dropPrivileges();
          return move(path("sticky/item"));
        }},
+      {"It holds another user’s folder with something in it", Feature::secondUser,
+       [&] {
+         letAnybodyUseHome();
+         for (const char* folder : {"item", "item/theirs"}) makeFolder(path(folder));
+         newItem(path("item/theirs/file"));
+         EXPECT_EQ(chown(path("item").c_str(), 65534, 65534), 0);
+         dropPrivileges();
+         return move(path("item"));
+       }},
       {"The name is taken in the Trash",
        {},
        [&] {
@@ -419,7 +428,7 @@ TEST_P(TrashOutcome, IsToldByTheDocument) {
   EXPECT_THAT(Document().table(), testing::HasSubstr(rowOf(one)));
 }
 
-constexpr std::size_t kCases = 32;
+constexpr std::size_t kCases = 33;
 INSTANTIATE_TEST_SUITE_P(All, TrashOutcome, testing::Range(std::size_t{0}, kCases));
 
 TEST_F(TrashOutcomes, OfTheDocumentAreTheseCases) {
