@@ -36,7 +36,8 @@ ColumnReader::ColumnReader(FileSystem& fileSystem, Background& background, const
       background_(background),
       folder_(folder),
       answer_(std::move(answer)),
-      listing_(folder, shown) {}
+      listing_(folder, shown),
+      sizingDelay_(pauseAfter(Background::Delay(0))) {}
 
 /// Lists once more for the links whose targets have come since; without asking for them again, or it would never end.
 void ColumnReader::requestLinks() {
@@ -50,20 +51,24 @@ void ColumnReader::requestLinks() {
     delay = std::max<Background::Delay>(delay, pausedUntil_ - Clock::now());
     isScheduled_ = true;
   }
-  schedule(delay);
+  scheduleListing(delay);
 }
 
 void ColumnReader::request(Request request) {
   const bool isPaced = request.urgency == Urgency::paced;
   Background::Delay delay{0};
+  bool isListing = false;
   {
     const MutexLock lock(mutex_);
     next_ = std::move(request);
-    if (isListing_ || (isScheduled_ && isPaced)) return;
-    if (isPaced) delay = std::max<Background::Delay>(delay, pausedUntil_ - Clock::now());
-    isScheduled_ = true;
+    isListing = isListing_;
+    if (!isListing) {
+      if (isScheduled_ && isPaced) return;
+      if (isPaced) delay = std::max<Background::Delay>(delay, pausedUntil_ - Clock::now());
+      isScheduled_ = true;
+    }
   }
-  schedule(delay);
+  isListing ? scheduleSizing() : scheduleListing(delay);
 }
 
 void ColumnReader::close(std::shared_ptr<ColumnReader> reader) {
@@ -78,12 +83,27 @@ void ColumnReader::close(std::shared_ptr<ColumnReader> reader) {
   background.run(place, [last = std::move(reader)] {});
 }
 
-void ColumnReader::schedule(Background::Delay delay) {
+void ColumnReader::schedule(const std::string& place, void (ColumnReader::*step)(), Background::Delay delay) {
   // A closed column does not wait for its delay to go.
-  const auto work = [weak = weak_from_this()] {
-    if (const auto reader = weak.lock()) reader->work();
+  const auto run = [weak = weak_from_this(), step] {
+    if (const auto reader = weak.lock()) (*reader.*step)();
   };
-  untilMemoryAllows([&] { background_.run(folder_.bytes(), work, delay); });
+  untilMemoryAllows([&] { background_.run(place, run, delay); });
+}
+
+void ColumnReader::scheduleListing(Background::Delay delay) {
+  schedule(folder_.bytes(), &ColumnReader::work, delay);
+}
+
+/// Sizes that are known already do not wait for a slow disk. A prompt one has answered by then.
+void ColumnReader::scheduleSizing() {
+  Background::Delay delay{0};
+  {
+    const MutexLock lock(mutex_);
+    if (std::exchange(isSizing_, true)) return;
+    delay = sizingDelay_;
+  }
+  untilMemoryAllows([&] { schedule("sizes of " + folder_.bytes(), &ColumnReader::size, delay); });
 }
 
 void ColumnReader::work() {
@@ -107,9 +127,13 @@ void ColumnReader::list(Request request) {
     return links_->look(folder, names, request.onlyNewLinks);
   };
   const Looks looks = request.inventory.scanComplete ? Looks::all : Looks::some;
-  Rows rows;
-  untilMemoryAllows([&] { rows = listing_.list(fileSystem_, request.inventory, looks, lookAtLinks); });
-  answer_(request.number, std::move(rows));
+  scheduleSizing();
+  untilMemoryAllows([&] { listing_.read(fileSystem_, request.inventory, looks, lookAtLinks); });
+  {
+    const MutexLock lock(answering_);
+    answer_(request.number, newestRows());
+  }
+  const bool hasUnseen = listing_.hasUnseen();
   const Clock::time_point end = Clock::now();
   const Background::Delay pause = pauseAfter(end - begin);
   bool isUrgent = false;
@@ -118,12 +142,41 @@ void ColumnReader::list(Request request) {
     isListing_ = false;
     pausedUntil_ = end + pause;
     // Nobody asks for what is still missing: a scan that is stuck publishes no snapshots.
-    if (!next_ && listing_.hasUnseen()) next_ = {request.number, std::move(request.inventory), Urgency::paced};
+    if (!next_ && hasUnseen) next_ = {request.number, std::move(request.inventory), Urgency::paced};
     if (!next_) return;
     isUrgent = next_->urgency == Urgency::atOnce;
     isScheduled_ = true;
   }
-  schedule(isUrgent ? Background::Delay(0) : pause);
+  scheduleListing(isUrgent ? Background::Delay(0) : pause);
+}
+
+/// While a listing goes on; it answers with the newest sizes itself when it ends.
+void ColumnReader::size() {
+  const MutexLock answering(answering_);
+  const Clock::time_point begin = Clock::now();
+  {
+    const MutexLock lock(mutex_);
+    isSizing_ = false;
+    if (!isListing_) return;
+  }
+  Rows rows = newestRows();
+  if (rows) answer_(0, std::move(rows));
+  const MutexLock lock(mutex_);
+  sizingDelay_ = pauseAfter(Clock::now() - begin);
+}
+
+ColumnReader::Rows ColumnReader::newestRows() {
+  std::optional<SweepInventory> inventory;
+  untilMemoryAllows([&] {
+    const MutexLock lock(mutex_);
+    if (next_)
+      inventory = next_->inventory;
+    else if (last_)
+      inventory = last_->inventory;
+  });
+  Rows rows;
+  if (inventory) untilMemoryAllows([&] { rows = listing_.rows(fileSystem_, *inventory); });
+  return rows;  // nobody asks for those of a closed column
 }
 
 }  // namespace dunmere

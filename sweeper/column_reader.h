@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "engine/file_system.h"
 #include "engine/listing/column_listing.h"
@@ -32,7 +33,8 @@ class ColumnReader : public std::enable_shared_from_this<ColumnReader> {
     bool onlyNewLinks = false;  ///< those that were looked at before are not looked at again
   };
   using Rows = std::expected<ColumnRows, SweepError>;
-  /// Called in the background, after each listing. Must not throw.
+  /// Called in the background, after each listing, and with the number 0 while the disk keeps a listing waiting: for
+  /// the rows as they were, with the newest sizes. One call at a time. Must not throw.
   using Answer = std::function<void(std::uint64_t number, Rows rows)>;
 
   /// `shown` are rows that the column has already.
@@ -52,24 +54,31 @@ class ColumnReader : public std::enable_shared_from_this<ColumnReader> {
                Answer answer);
 
   void requestLinks();
-  void schedule(Background::Delay delay);
+  void schedule(const std::string& place, void (ColumnReader::*step)(), Background::Delay delay);
+  void scheduleListing(Background::Delay delay);
+  void scheduleSizing();
   void work();
   std::optional<Request> takeRequest();
   void list(Request request);
+  void size();
+  Rows newestRows() REQUIRES(answering_);
 
   FileSystem& fileSystem_;
   Background& background_;
   const FileUrl folder_;
   const Answer answer_;
   std::shared_ptr<LinkLooks> links_;  // set once, when it is made
-  ColumnListing listing_;             // the background's alone, which lists one folder on one thread at a time
+  ColumnListing listing_;             // read by the background alone, one folder on one thread at a time
 
+  Mutex answering_;  // rows are answered in the order in which they are made; taken before mutex_
   Mutex mutex_;
   std::optional<Request> next_ GUARDED_BY(mutex_);
   std::optional<Request> last_ GUARDED_BY(mutex_);
   bool isScheduled_ GUARDED_BY(mutex_) = false;
   bool isListing_ GUARDED_BY(mutex_) = false;
+  bool isSizing_ GUARDED_BY(mutex_) = false;
   Clock::time_point pausedUntil_ GUARDED_BY(mutex_);
+  Background::Delay sizingDelay_ GUARDED_BY(mutex_);
 };
 
 }  // namespace dunmere

@@ -134,7 +134,8 @@ void DiskSweeperPane::applyListing(ColumnLoadId id, std::uint64_t question,
   if (column >= openColumns_.size()) return;
   // Rows tell what changed since those before, so the listener must have heard of these.
   if (openColumns_[column].hasUntoldRows) changed();
-  openColumns_[column].listing.answered = question;
+  Question& listing = openColumns_[column].listing;
+  listing.answered = std::max(listing.answered, question);
   openColumns_[column].hasUntoldRows = true;
   columnChildren_[column] = rows.value_or(ColumnRows());
   if (!rows) loadError_ = errorText(rows.error());

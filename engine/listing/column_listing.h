@@ -2,29 +2,26 @@
 #pragma once
 
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "engine/file_system.h"
 #include "engine/file_url.h"
 #include "engine/listing/column_rows.h"
-#include "engine/listing/listed_entries.h"
-#include "engine/listing/row_order.h"
+#include "engine/listing/folder_rows.h"
 #include "engine/sweep_inventory.h"
+#include "engine/thread_annotations.h"
 
 namespace dunmere {
 
 /// What a column keeps from one listing to the next: a folder that provably holds the same names is not read again, and
 /// only rows whose size has changed are sorted. Files that are not counted yet, and links, are looked at on the disk.
-/// One thread at a time, always with the same FileSystem.
+/// Always with the same FileSystem.
 class ColumnListing {
  public:
   /// How many entries a listing looks at on the disk.
@@ -41,8 +38,7 @@ class ColumnListing {
   /// With Looks::some. What has not been looked at by then waits for the next listing.
   static constexpr FileSystem::Instant kLongestLook = std::chrono::milliseconds(40);
 
-  /// Where links lead, by the links' names.
-  using LinkTargets = std::vector<std::pair<std::string, LinkTarget>>;
+  using LinkTargets = FolderRows::LinkTargets;
   /// Finds out where these links of the open folder lead. May leave links out, which then have no target until a later
   /// call returns it, even one that was not asked for it.
   using LookAtLinks = std::function<LinkTargets(const std::shared_ptr<OpenFolder>&, const std::vector<std::string>&)>;
@@ -51,51 +47,46 @@ class ColumnListing {
   static LinkTargets waitForLinks(const std::shared_ptr<OpenFolder>& folder, const std::vector<std::string>& names);
 
   /// Lists the children of `parent`. The first changes are those since the rows `shown`.
-  explicit ColumnListing(FileUrl parent, const ColumnRows& shown = {}) : parent_(std::move(parent)), rows_(shown) {}
+  explicit ColumnListing(FileUrl parent, const ColumnRows& shown = {}) : parent_(parent), rows_(parent, shown) {}
 
-  /// The children, sized from `inventory`, largest first, equal sizes by name. The changes are those since the last
-  /// call. Reads the disk for this one folder only. Fails with the error of opening or reading the folder, and when the
-  /// column does not fit into memory; then there are no rows any more.
+  /// read(), then rows().
   std::expected<ColumnRows, SweepError> list(FileSystem& fileSystem, const SweepInventory& inventory,
                                              Looks looks = Looks::all, const LookAtLinks& lookAtLinks = waitForLinks);
 
-  /// Whether there are uncounted files and links that no call has looked at yet; their rows have the size 0.
-  bool hasUnseen() const { return unseen_ > 0; }
+  /// Reads the disk for this one folder: its entries, and the sizes that `inventory` does not have. May take as long as
+  /// the disk. What fails is told by rows(). One thread at a time.
+  void read(FileSystem& fileSystem, const SweepInventory& inventory, Looks looks, const LookAtLinks& lookAtLinks);
+
+  /// The children as the disk had them, sized from `inventory`, largest first, equal sizes by name. The changes are
+  /// those since the last call. Waits for no disk; any thread, also during read(). Fails with the error of opening or
+  /// reading the folder, with EAGAIN before it was read, and when the column does not fit into memory; the next rows
+  /// then follow no others.
+  std::expected<ColumnRows, SweepError> rows(FileSystem& fileSystem, const SweepInventory& inventory);
+
+  /// Whether there are uncounted files and links that no read() has looked at yet; their rows have the size 0.
+  bool hasUnseen();
 
  private:
-  /// What the disk says of a file or of a link's target.
-  struct Seen {
-    EntryKind kind = EntryKind::other;
-    std::int64_t bytes = 0;
-    std::string key;  ///< of a link's target; empty for a file
+  /// Rows to look at on the disk.
+  struct Wanted {
+    std::shared_ptr<const EntryNames> names;
+    std::vector<RowPosition> files;
+    std::vector<std::string> links;
   };
 
-  std::expected<void, SweepError> update(FileSystem& fileSystem, const SweepInventory& inventory, Looks looks,
-                                         const LookAtLinks& lookAtLinks);
-  void beginEntries(const EntryNames& before);
-  void updateCounted(const PathBytes& pathBytes);
-  bool needsLook(RowPosition position) const;
-  std::vector<std::string> lookAtFiles(FileSystem& fileSystem, OpenFolder& folder, Looks looks);
+  std::expected<void, SweepError> readEntries(OpenFolder& folder);
+  Wanted chooseLooks(const SweepInventory& inventory, std::int64_t allowed);
+  void measure(FileSystem& fileSystem, OpenFolder& folder, const Wanted& wanted, Looks looks);
   std::int64_t allowedLooks(FileSystem::Instant now) const;
-  void measure(OpenFolder& folder, const std::vector<RowPosition>& files);
-  void keepTargets(const LinkTargets& targets);
-  std::vector<RowPosition> updateRows(const SweepInventory& inventory);
-  ColumnRow rowOf(RowPosition position) const;
-  void sizeLinks(const SweepInventory& inventory, std::vector<ColumnRow>& rows) const;
-  void publish(bool partialMark);
 
-  FileUrl parent_;
-  ColumnRows rows_;  // as the last call returned them
-  ListedEntries entries_;
-  PathBytes pathBytes_;  // that counted_ is from
-  // By position:
-  std::vector<std::optional<std::int64_t>> counted_;
-  std::vector<ColumnRow> current_;
-  std::unordered_map<RowPosition, Seen> seen_;
-  RowOrder order_;
+  const FileUrl parent_;
+  // Only read() uses these:
+  std::optional<FolderStamp> stamp_;  // from before the entries were read
   RowPosition nextLook_ = 0;
-  std::size_t unseen_ = 0;
   std::optional<FileSystem::Instant> lastLook_;
+
+  Mutex mutex_;  // never held while the disk is asked
+  FolderRows rows_ GUARDED_BY(mutex_);
 };
 
 }  // namespace dunmere

@@ -4,34 +4,26 @@
 
 namespace dunmere {
 
-std::expected<bool, SweepError> ListedEntries::read(OpenFolder& folder) {
-  next_ = {};
-  const std::optional<FolderStamp> stamp = folder.stamp();
-  if (stamp && stamp == stamp_) return false;
-  stamp_.reset();
+std::expected<ListedEntries, SweepError> ListedEntries::read(OpenFolder& folder) {
+  ListedEntries entries;
   auto names = std::make_shared<EntryNames>();
-  std::vector<EntryKind> kinds;
   EntryBatch batch;
   do {
     if (auto result = folder.readEntries(batch); !result) return std::unexpected(std::move(result.error()));
     for (const EntryBatch::Entry& entry : batch.entries()) {
       names->add(batch.name(entry));
-      kinds.push_back(entry.attributes.kind);
+      entries.kinds_.push_back(entry.attributes.kind);
     }
   } while (!batch.empty());
-  stamp_ = stamp;
-  if (kinds == kinds_ && *names == *names_) return false;
-  byName_.clear();
-  names_ = std::move(names);
-  kinds_ = std::move(kinds);
-  return true;
+  entries.names_ = std::move(names);
+  return entries;
 }
 
-std::optional<std::size_t> ListedEntries::find(std::string_view name, EntryKind kind) {
+std::optional<std::size_t> ListedEntries::Finder::find(std::string_view name, EntryKind kind) {
   std::size_t& next = next_[static_cast<std::size_t>(kind)];
-  while (next < kinds_.size() && kinds_[next] != kind) ++next;
-  const bool isNext = next < kinds_.size() && this->name(next) == name;
-  const std::optional<std::size_t> found = isNext ? next : inTable(name);
+  while (next < entries_.size() && entries_.kind(next) != kind) ++next;
+  const bool isNext = next < entries_.size() && entries_.name(next) == name;
+  const std::optional<std::size_t> found = isNext ? next : entries_.inTable(name);
   if (found) next = *found + 1;
   return found;
 }

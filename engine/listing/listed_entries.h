@@ -1,4 +1,4 @@
-// ListedEntries: names and kinds of one folder's entries, read again only when the folder may have changed.
+// ListedEntries: names and kinds of one folder's entries.
 #pragma once
 
 #include <array>
@@ -19,31 +19,45 @@ namespace dunmere {
 /// Entries keep the order in which the folder was read. One thread at a time.
 class ListedEntries {
  public:
-  /// Reads the folder to its end, unless its stamp proves that it has not changed. Returns whether the entries differ
-  /// from before. After a failure the next call reads the folder in any case.
-  std::expected<bool, SweepError> read(OpenFolder& folder);
+  /// Finds entries by name, fastest for names that are asked for, kind by kind, in the folder's order.
+  class Finder {
+   public:
+    /// `entries` must stay as they are as long as this object is used.
+    explicit Finder(ListedEntries& entries) : entries_(entries) {}
+
+    /// The position of the entry `name`, whatever its kind; `kind` is what it most likely is. Finds one of two entries
+    /// of the same name (the folder was changed while it was read).
+    std::optional<std::size_t> find(std::string_view name, EntryKind kind);
+
+   private:
+    static constexpr std::size_t kKinds = 4;
+
+    ListedEntries& entries_;
+    std::array<std::size_t, kKinds> next_{};  // by kind: where the next name is expected
+  };
+
+  ListedEntries() = default;  ///< no entries
+
+  /// Reads the folder to its end.
+  static std::expected<ListedEntries, SweepError> read(OpenFolder& folder);
 
   std::size_t size() const { return kinds_.size(); }
-  /// Raw bytes. Valid until entries have changed.
+  /// Raw bytes. Valid as long as names().
   std::string_view name(std::size_t position) const { return (*names_)[position]; }
   EntryKind kind(std::size_t position) const { return kinds_[position]; }
-  /// Another object exactly when the entries have changed.
   const std::shared_ptr<const EntryNames>& names() const { return names_; }
 
-  /// The position of the entry `name`. Fastest for names that are asked for, kind by kind, in the folder's order. Finds
-  /// one of two entries of the same name (the folder was changed while it was read).
-  std::optional<std::size_t> find(std::string_view name, EntryKind kind);
+  /// Whether both have the same entries in the same order.
+  friend bool operator==(const ListedEntries& a, const ListedEntries& b) {
+    return a.kinds_ == b.kinds_ && *a.names_ == *b.names_;
+  }
 
  private:
-  static constexpr std::size_t kKinds = 4;
-
   std::optional<std::size_t> inTable(std::string_view name);
 
   std::shared_ptr<const EntryNames> names_ = std::make_shared<EntryNames>();
   std::vector<EntryKind> kinds_;                              // by position
-  std::array<std::size_t, kKinds> next_{};                    // by kind: where the next name is expected
   std::unordered_map<std::string_view, RowPosition> byName_;  // empty until it is needed
-  std::optional<FolderStamp> stamp_;                          // from before they were read
 };
 
 }  // namespace dunmere

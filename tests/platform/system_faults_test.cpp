@@ -279,8 +279,7 @@ TEST_F(ListingFaults, MemoryOfAFailedListingIsNotBelieved) {
   const SweepInventory empty = SweepInventory::emptyFor(tree.url());
   ColumnRows rows;
   // The first listing finds nothing counted, the second one everything, so that rows move.
-  const auto listedTwice = [&](int failingListing, int first, bool& hasFailed) {
-    ColumnListing listing(folder);
+  const auto listTwice = [&](ColumnListing& listing, int failingListing, int first, bool& hasFailed) {
     rows = {};
     for (int number = 0; number < 2; ++number) {
       std::optional<FailingCall> failing;
@@ -297,7 +296,6 @@ TEST_F(ListingFaults, MemoryOfAFailedListingIsNotBelieved) {
       if (failing) hasFailed = failing->hasFailed();
       EXPECT_TRUE(listed || rows.empty());
     }
-    return listing;
   };
   for (const std::string name : {"three", "four", "five and more than fits into a short string"}) {
     tree.file("a/" + name, 5'000);
@@ -307,7 +305,8 @@ TEST_F(ListingFaults, MemoryOfAFailedListingIsNotBelieved) {
     int first = 1;
     for (bool hasFailed = true; hasFailed; ++first) {
       SCOPED_TRACE("call " + std::to_string(first) + " of listing " + std::to_string(failingListing));
-      ColumnListing listing = listedTwice(failingListing, first, hasFailed);
+      ColumnListing listing(folder);
+      listTwice(listing, failingListing, first, hasFailed);
       for (int again = 0; again < 2; ++again) {
         ASSERT_EQ(listing.list(*files, full).value().items(), whole);
       }

@@ -1,6 +1,7 @@
 // BackgroundQueue: a background that the test steps by hand.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <deque>
@@ -14,7 +15,8 @@
 namespace dunmere::test {
 
 /// At first every work is done at once, by whoever asks for it: a disk that answers promptly. Once it is held, work
-/// waits until the test runs it. Delays are not waited for.
+/// waits until the test runs it. Delays are not waited for; only the sizes that do not wait for a slow disk come after
+/// a prompt one has answered.
 class BackgroundQueue : public Background {
  public:
   void run(const std::string& place, std::function<void()> work, Delay = Delay(0)) override {
@@ -24,8 +26,14 @@ class BackgroundQueue : public Background {
         waiting_.emplace_back(place, std::move(work));
         return;
       }
+      if (place.starts_with("sizes of ")) {
+        waiting_.emplace_back(place, std::move(work));
+        return;
+      }
     }
+    ++depth_;
     work();
+    if (--depth_ == 0 && !isHeld()) release();
   }
 
   std::chrono::milliseconds moment() const override { return std::chrono::milliseconds(0); }
@@ -70,9 +78,15 @@ class BackgroundQueue : public Background {
   }
 
  private:
+  bool isHeld() {
+    const std::lock_guard lock(mutex_);
+    return isHeld_;
+  }
+
   std::mutex mutex_;
   bool isHeld_ = false;
   std::deque<std::pair<std::string, std::function<void()>>> waiting_;
+  std::atomic<int> depth_ = 0;  // of works in works
 };
 
 }  // namespace dunmere::test

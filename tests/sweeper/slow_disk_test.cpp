@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <functional>
 #include <random>
+#include <thread>
 
 #include "engine/disk_sweeper_scan.h"
 #include "tests/support/print_values.h"
@@ -33,6 +35,14 @@ class SlowDisk : public PaneTest {
   }
   std::vector<SweeperItem> fresh(const std::string& folder) {
     return DiskSweeperScan::columnChildren(fileSystem_, FileUrl(folder), *pane().inventory()).value();
+  }
+  /// Has `step` done in the middle of the next listing of the folder.
+  void onNextListingOf(const std::string& folder, std::function<void()> step) {
+    fileSystem_.onRead([this, folder, step, test = std::this_thread::get_id()](const std::string& path) {
+      if (path != folder || std::this_thread::get_id() != test) return;  // scans read it too
+      fileSystem_.onRead({});
+      step();
+    });
   }
   std::size_t listingsSoFar() const { return world_.listings().size(); }
 };
@@ -82,6 +92,45 @@ TEST_F(SlowDisk, SnapshotsAreAppliedWhileListingsAreOpen) {
   EXPECT_TRUE(pane().isReadingColumn(0));
   answer();
   EXPECT_EQ(row(0, "big").sizeBytes, 4'000'000);
+}
+
+TEST_F(SlowDisk, SizesThatAreKnownDoNotWaitForTheFolder) {
+  world_.holdScansAt("/data/small");
+  background_.hold();
+  pane().beginBrowsing(FileUrl("/data"));
+  answer();
+  EXPECT_EQ(row(0, "big").sizeBytes, 0);
+  runUntilCounted(3);
+  std::vector<std::int64_t> meanwhile;
+  onNextListingOf("/data", [&] {
+    for (const char* folder : {"big", "small"}) {
+      EXPECT_TRUE(background_.runPlace("sizes of /data"));
+      mainThread_.runQueued();
+      meanwhile.push_back(row(0, folder).sizeBytes);
+      world_.releaseScans();
+      runUntilComplete();
+    }
+  });
+  EXPECT_TRUE(background_.runPlace("/data"));
+  EXPECT_THAT(meanwhile, ElementsAre(4'000'000, 500)) << "counted before the listing and while it goes on";
+  answer();
+  EXPECT_EQ(pane().columnChildren()[0].items(), fresh("/data"));
+}
+
+TEST_F(SlowDisk, AFolderThatWasNeverReadHasNoRowsWhateverIsCounted) {
+  world_.holdScansAt("/data/small");
+  background_.hold();
+  bool isSized = false;
+  onNextListingOf("/data", [&] {
+    isSized = background_.runPlace("sizes of /data");
+    mainThread_.runQueued();
+    EXPECT_TRUE(pane().isReadingColumn(0));
+    EXPECT_EQ(pane().loadError(), std::nullopt);
+  });
+  pane().beginBrowsing(FileUrl("/data"));
+  answer();
+  EXPECT_TRUE(isSized);
+  EXPECT_THAT(names(0), ElementsAre("note", "big", "small"));
 }
 
 TEST_F(SlowDisk, TheNewestSnapshotReplacesListingsThatHaveNotBegun) {
@@ -326,9 +375,14 @@ TEST_F(SlowDisk, InTheEndEveryColumnShowsAFreshListing) {
   std::mt19937_64 random(firstSeed());
   const auto below = [&random](std::size_t bound) { return static_cast<std::size_t>(random() % bound); };
   const std::vector<std::string> folders = {"/data", "/data/big", "/data/big/deep", "/data/small"};
+  const std::thread::id test = std::this_thread::get_id();
   fileSystem_.addLink("/data/link", "big");
   sweep("/data");
   background_.hold();
+  // The disk may be in the middle of a listing.
+  fileSystem_.onRead([&](const std::string& path) {
+    if (std::this_thread::get_id() == test && below(2) == 0) background_.runPlace("sizes of " + path);
+  });
   const std::int64_t steps = rounds(3'000);
   for (std::int64_t step = 0; step < steps; ++step) {
     const std::string path = folders[below(folders.size())] + "/f" + std::to_string(below(6));
@@ -358,6 +412,7 @@ TEST_F(SlowDisk, InTheEndEveryColumnShowsAFreshListing) {
         if (background_.waiting() > 0) background_.runNext(below(std::min<std::size_t>(background_.waiting(), 4)));
     }
   }
+  fileSystem_.onRead({});
   background_.release();
   runUntilComplete();
   pane().reloadVisibleColumns();
