@@ -60,7 +60,7 @@ class ColumnListing {
   /// The children as the disk had them, sized from `inventory`, largest first, equal sizes by name. The changes are
   /// those since the last call. Waits for no disk; any thread, also during read(). Fails with the error of opening or
   /// reading the folder, with EAGAIN before it was read, and when the column does not fit into memory; the next rows
-  /// then follow no others.
+  /// then follow no others. Throws std::bad_alloc when memory does not even suffice for that error.
   std::expected<ColumnRows, SweepError> rows(FileSystem& fileSystem, const SweepInventory& inventory);
 
   /// Whether there are uncounted files and links that no read() has looked at yet; their rows have the size 0.

@@ -16,7 +16,8 @@ SweepError failure(const FileUrl& folder, std::errc code) {
 FolderRows::FolderRows(FileUrl folder, const ColumnRows& shown)
     : folder_(std::move(folder)),
       shown_(shown),
-      entries_(std::unexpected(failure(folder_, std::errc::resource_unavailable_try_again))) {}
+      entries_(std::unexpected(failure(folder_, std::errc::resource_unavailable_try_again))),
+      noMemory_(failure(folder_, std::errc::not_enough_memory)) {}
 
 void FolderRows::fail(SweepError error) {
   entries_ = std::unexpected(std::move(error));
@@ -81,8 +82,8 @@ bool FolderRows::needsLook(RowPosition position) const {
 
 std::expected<ColumnRows, SweepError> FolderRows::rows(FileSystem& fileSystem, const SweepInventory& inventory) {
   if (!entries_) return std::unexpected(entries_.error());
-  SweepError noMemory = failure(folder_, std::errc::not_enough_memory);  // made while there still is some
   try {
+    if (!noMemory_) noMemory_ = failure(folder_, std::errc::not_enough_memory);
     if (current_.empty()) order_.begin(entries_->size());
     count(inventory.pathBytes);
     std::vector<RowPosition> changed = updateRows(inventory);
@@ -96,7 +97,8 @@ std::expected<ColumnRows, SweepError> FolderRows::rows(FileSystem& fileSystem, c
   } catch (const std::bad_alloc&) {
     current_.clear();
     shown_ = {};
-    return std::unexpected(std::move(noMemory));
+    if (!noMemory_) throw;
+    return std::unexpected(*std::exchange(noMemory_, std::nullopt));
   }
 }
 

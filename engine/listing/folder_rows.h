@@ -77,6 +77,7 @@ class FolderRows {
   std::unordered_map<RowPosition, Seen> seen_;
   RowOrder order_;
   std::size_t unseen_ = 0;
+  std::optional<SweepError> noMemory_;  // made while there still is some
 };
 
 }  // namespace dunmere
