@@ -112,6 +112,8 @@ class DesktopSession:
         self.environment["DISPLAY"] = self._start_display()
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = self._start_bus()
         self.start("openbox", ["openbox", "--sm-disable"])
+        # It gives the keyboard to no window that was there before it.
+        wait_for("the window manager", self._has_window_manager)
         self._connect_accessibility()
 
     def _start_display(self):
@@ -129,6 +131,10 @@ class DesktopSession:
         if not number:
             raise NotSeen(f"the virtual display did not start, see {log}")
         return ":" + number
+
+    def _has_window_manager(self):
+        listing = subprocess.run(["obxprop", "--root"], env=self.environment, stdout=subprocess.PIPE, text=True).stdout
+        return "_NET_SUPPORTING_WM_CHECK" in listing
 
     def _start_bus(self):
         log = os.path.join(self.output, "dbus.log")
