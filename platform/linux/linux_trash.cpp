@@ -15,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/directory_sizes.h"
 #include "platform/linux/held_item.h"
 #include "platform/linux/item_look.h"
 #include "platform/linux/mount_choice.h"
@@ -63,13 +64,15 @@ std::error_code moveAs(const Move& move, const std::string& name) {
   return isRightOne ? systemCode(ESTALE) : isRightOne.error();
 }
 
-std::error_code moveUnderFreeName(const Move& move) {
-  int attempt = 1;
-  std::error_code code;
-  do {
-    code = moveAs(move, nameInTrash(move.held.name, attempt++));
-  } while (code == std::errc::file_exists);
-  return code == std::errc::cross_device_link ? systemCode(ENOTSUP) : code;
+/// The name that the item has got in the Trash.
+std::expected<std::string, std::error_code> moveUnderFreeName(const Move& move) {
+  for (int attempt = 1;; ++attempt) {
+    std::string name = nameInTrash(move.held.name, attempt);
+    const auto code = moveAs(move, name);
+    if (!code) return name;
+    if (code == std::errc::cross_device_link) return systemFailure(ENOTSUP);
+    if (code != std::errc::file_exists) return std::unexpected(code);
+  }
 }
 
 /// A file system in memory gets no Trash: it is lost with the next start. A container's overlay does, although libmount
@@ -84,6 +87,12 @@ std::expected<TrashFolder, std::error_code> openTrash(const HeldItem& held, cons
   if (*home) return std::move(**home);
   if (mount == nullptr || !mayHoldTrash(*mount)) return systemFailure(ENOTSUP);
   return openVolumeTrash(held, mount->mountPoint);
+}
+
+std::expected<std::string, std::error_code> pathOf(const HeldItem& held) {
+  const auto folder = currentPath(held.folder);
+  if (!folder) return std::unexpected(folder.error());
+  return FileUrl(*folder).appending(held.name).bytes();
 }
 
 /// Moving it once more would free nothing and lose the record of where it came from.
@@ -133,20 +142,18 @@ class ItemForTrash final : public TrashableItem {
  private:
   std::error_code move(std::string& volumeName) {
     if (!held_) return held_.error();
-    const HeldItem& held = *held_;
-    const auto folder = currentPath(held.folder);
-    if (!folder) return folder.error();
-    const std::string path = FileUrl(*folder).appending(held.name).bytes();
-    const auto mounts = mountsBeside(path);  // first: what is mounted below may never answer
+    const auto path = pathOf(*held_);
+    if (!path) return path.error();
+    const auto mounts = mountsBeside(*path);  // first: what is mounted below may never answer
     if (!mounts) return mounts.error();
-    const auto isHere = isHeldItem(held, held.folder, held.name);
+    const auto isHere = isHeldItem(*held_, held_->folder, held_->name);
     if (!isHere) return isHere.error();
     if (!*isHere) return systemCode(ESTALE);
-    if (liesInATrash(path)) return systemCode(EALREADY);
-    if (isTrash(path)) return systemCode(EDEADLK);
+    if (liesInATrash(*path)) return systemCode(EALREADY);
+    if (isTrash(*path)) return systemCode(EDEADLK);
 
-    const MountEntry* const mount = mountHolding(*mounts, path);
-    const std::error_code code = moveOn(mount, path);
+    const MountEntry* const mount = mountHolding(*mounts, *path);
+    const std::error_code code = moveOn(mount, *path);
     if (code == std::errc::not_supported) volumeName = nameOfVolume(mount ? mount->mountPoint : "/");
     return code;
   }
@@ -156,10 +163,17 @@ class ItemForTrash final : public TrashableItem {
     if (!trash) return trash.error();
     if (const auto code = refusalBeside(*trash, path)) return code;
     if (const auto code = refusalOfRights(*held_, *trash)) return code;
-    if (!canBeEmptied(*held_)) return systemCode(ENOTEMPTY);
-    if (const auto mounts = mountsBeside(path); !mounts)
-      return mounts.error();  // once more: the look may have taken long
-    return moveUnderFreeName({*held_, *trash, trashRecordText(*trash, path, std::time(nullptr))});
+    // A server may take long to tell the size of every file.
+    const bool isSlow = mount != nullptr && isShare(*mount);
+    const auto space = lookThrough(*held_, isSlow ? LookDetail::rights : LookDetail::space);
+    if (!space) return space.error();
+    // Once more: the look may have taken long.
+    if (pathOf(*held_) != path) return systemCode(ESTALE);
+    if (const auto mounts = mountsBeside(path); !mounts) return mounts.error();
+    const auto name = moveUnderFreeName({*held_, *trash, trashRecordText(*trash, path, std::time(nullptr))});
+    if (!name) return name.error();
+    if (*space) noteDirectorySize(*trash, *name, **space);
+    return {};
   }
 
   std::string nameOfVolume(const std::string& mountPoint) {

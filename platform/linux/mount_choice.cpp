@@ -17,13 +17,6 @@ bool isOneOf(const std::string_view (&words)[size], std::string_view word) {
   return std::ranges::find(words, word) != std::end(words);
 }
 
-/// Shares that libmount takes for pseudo or local file systems.
-bool isShare(const MountEntry& mount) {
-  static constexpr std::string_view kShares[] = {"beegfs",           "ceph",   "davfs",  "fuse.davfs2", "fuse.rclone",
-                                                 "fuse.vmhgfs-fuse", "lustre", "prl_fs", "virtiofs",    "vboxsf"};
-  return mount.isNetwork || isOneOf(kShares, mount.fileSystem);
-}
-
 /// Packed images of programs, and layers over folders that are counted where they lie.
 bool isImageOrLayer(std::string_view fileSystem) {
   static constexpr std::string_view kTypes[] = {
@@ -71,6 +64,13 @@ bool isDetached(std::string_view mountPoint) {
 }
 
 }  // namespace
+
+bool isShare(const MountEntry& mount) {
+  // Some libmount takes for pseudo or local file systems.
+  static constexpr std::string_view kShares[] = {"beegfs",           "ceph",   "davfs",  "fuse.davfs2", "fuse.rclone",
+                                                 "fuse.vmhgfs-fuse", "lustre", "prl_fs", "virtiofs",    "vboxsf"};
+  return mount.isNetwork || isOneOf(kShares, mount.fileSystem);
+}
 
 bool holdsUserFiles(const MountEntry& mount) {
   if (isImageOrLayer(mount.fileSystem) || mount.fileSystem == "swap") return false;

@@ -18,10 +18,6 @@ namespace {
 
 constexpr std::string_view kRecordSuffix = ".trashinfo";
 
-std::string fileNameOf(const std::string& name) {
-  return name + std::string(kRecordSuffix);
-}
-
 bool continuesCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
@@ -32,18 +28,6 @@ std::string cutTo(const std::string& name, std::size_t length) {
   std::size_t end = length;
   while (continuesCharacter(name[end]) && length - end < kLongestCharacter) --end;
   return name.substr(0, end);
-}
-
-std::error_code writeAll(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(file, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return systemCode(errno);
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
-  // Otherwise a power failure could keep the move and lose the record. EINVAL: the file system has no fsync.
-  if (fsync(file) != 0 && errno != EINVAL) return systemCode(errno);
-  return {};
 }
 
 /// In the user's time zone, "2024-12-31T23:59:59".
@@ -58,12 +42,12 @@ std::string dateText(std::time_t now) {
 
 std::expected<TrashRecord, std::error_code> TrashRecord::write(const TrashFolder& trash, const std::string& name,
                                                                const std::string& text) {
-  const std::string fileName = fileNameOf(name);
+  const std::string fileName = recordName(name);
   const UniqueDescriptor file(
       openat(trash.info.get(), fileName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (!file) return systemFailure(errno);
   TrashRecord record(trash.info, fileName);
-  if (const auto code = writeAll(file.get(), text)) return std::unexpected(code);
+  if (const auto code = writeToDisk(file.get(), text)) return std::unexpected(code);
   return record;
 }
 
@@ -76,6 +60,22 @@ TrashRecord::TrashRecord(TrashRecord&& other) noexcept
 TrashRecord::~TrashRecord() {
   // If this fails, a record without an item stays, which does no harm.
   if (folder_ != nullptr) unlinkat(folder_->get(), fileName_.c_str(), 0);
+}
+
+std::string recordName(const std::string& name) {
+  return name + std::string(kRecordSuffix);
+}
+
+std::error_code writeToDisk(int file, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(file, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return systemCode(errno);
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  // Otherwise a power failure could keep the move and lose the record. EINVAL: the file system has no fsync.
+  if (fsync(file) != 0 && errno != EINVAL) return systemCode(errno);
+  return {};
 }
 
 std::string trashRecordText(const TrashFolder& trash, const std::string& itemPath, std::time_t now) {

@@ -4,6 +4,7 @@
 #include <ctime>
 #include <expected>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include "platform/linux/trash_folder.h"
@@ -31,6 +32,12 @@ class TrashRecord {
   const UniqueDescriptor* folder_;  ///< null once the record is kept
   std::string fileName_;
 };
+
+/// The file name of the record of the item `name` in the Trash.
+std::string recordName(const std::string& name);
+
+/// Writes all of `text` to the open file, down to the disk. Fails with the system's code.
+std::error_code writeToDisk(int file, std::string_view text);
 
 /// What a record says: the place of the item, an absolute path without links, and the time in the user's time zone.
 std::string trashRecordText(const TrashFolder& trash, const std::string& itemPath, std::time_t now);

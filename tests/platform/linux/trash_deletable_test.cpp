@@ -6,11 +6,15 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <string>
 
+#include "platform/linux/held_item.h"
+#include "platform/linux/item_look.h"
 #include "tests/platform/linux/trash_room.h"
 #include "tests/support/machine.h"
+#include "tests/support/slow_share.h"
 
 namespace dunmere::test {
 namespace {
@@ -190,6 +194,26 @@ TEST_F(TrashDeletable, AmongManyFoldersTheOneOfOthersIsFound) {
     for (int number = 0; number < 1000; ++number) makeOwn("item/a/" + name + std::to_string(number));
     makeFileIn(kTheirs);
     expectStays();
+  });
+}
+
+TEST_F(TrashDeletable, NoFileIsAskedForWhereOnlyRightsMatter) {
+  DUNMERE_NEEDS(Feature::fuse);
+  constexpr std::size_t kFiles = 300;
+  for (const char* folder : {"disk", "disk/item", "share"}) makeFolder(path(folder));
+  for (std::size_t number = 0; number < kFiles; ++number) makeFile(path("disk/item/") + std::to_string(number), "x");
+  inRoom([&] {
+    enterPrivateMounts();
+    const SlowShare share(path("disk"), path("share"), path("node"), {});
+    const auto held = holdItem(FileUrl(path("share/item")));
+    ASSERT_TRUE(held);
+    const auto questionsFor = [&](LookDetail detail) {
+      const std::size_t before = share.questions();
+      EXPECT_TRUE(lookThrough(*held, detail));
+      return share.questions() - before;
+    };
+    EXPECT_LT(questionsFor(LookDetail::rights), kFiles / 10);
+    EXPECT_GE(questionsFor(LookDetail::space), kFiles);
   });
 }
 

@@ -26,6 +26,7 @@ namespace {
 
 using testing::AnyOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 
 constexpr int kKilled = -SIGKILL;
@@ -117,6 +118,20 @@ class TrashUnderFaults : public TrashRoom, public testing::WithParamInterface<Ki
     EXPECT_EQ(contentOf(item() + "/file"), "asked for");
   }
 
+  /// The Trashes tell the sizes of their folders in whole lines, or not at all.
+  void expectWholeSizes() const {
+    for (const auto& [trash, top] : trashes()) {
+      const std::string sizes = trash + "/directorysizes";
+      if (!isThere(sizes)) continue;
+      EXPECT_THAT(contentOf(sizes), EndsWith(" item\n"));
+    }
+  }
+  void expectNoTraces() const {
+    for (const auto& [trash, top] : trashes()) {
+      for (const std::string& name : namesIn(trash)) EXPECT_THAT(name, AnyOf("directorysizes", "files", "info"));
+    }
+  }
+
   void restore() const {
     for (const auto& [trash, top] : trashes()) {
       for (const std::string& name : namesIn(trash + "/files")) {
@@ -142,6 +157,7 @@ TEST_P(TrashUnderFaults, KilledAtAnySystemCallTheItemIsWholeInOnePlace) {
       if (code == 0) break;  // it came to its end before that stop
       ASSERT_EQ(code, kKilled);
       leftInPlace += isThere(item()) ? 1 : 0;
+      expectWholeSizes();
       expectWholeInOnePlace();
       // What the dead process left in the Trash is in nobody's way.
       ASSERT_EQ(moveStepped([](const SystemCallStop&) {}), 0);
@@ -164,6 +180,8 @@ TEST_P(TrashUnderFaults, AnyFailingSystemCallLeavesTheItemWholeWhereTheAnswerSay
         });
         ASSERT_GE(code, 0);
         EXPECT_EQ(isThere(item()), code != 0);
+        expectWholeSizes();
+        expectNoTraces();
         expectWholeInOnePlace();
       }
     }
