@@ -8,7 +8,7 @@
 
 #include "engine/disk_sweeper_scan.h"
 #include "engine/inventory/packed_files.h"
-#include "engine/inventory/path_tree_writer.h"
+#include "engine/inventory/path_tree.h"
 #include "engine/scan/read_ahead.h"
 
 namespace dunmere {

@@ -12,7 +12,7 @@
 
 #include "engine/inventory/packed_files.h"
 #include "engine/inventory/path_bytes.h"
-#include "engine/inventory/path_tree_writer.h"
+#include "engine/inventory/path_tree.h"
 #include "tests/fuzz/require.h"
 
 namespace dunmere::test {

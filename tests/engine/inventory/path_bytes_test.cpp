@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/inventory/path_tree_writer.h"
+#include "engine/inventory/path_tree.h"
 #include "tests/engine/scan/scan_recording.h"
 #include "tests/engine/scan/scan_results.h"
 #include "tests/support/memory_file_system.h"
