@@ -1,4 +1,5 @@
-// FolderReading: reads one folder after another, and keeps of each what a scan needs: packed files and sub-folders.
+// FolderReading: reads one folder after another, and keeps of each what a scan needs: packed files and sub-folders, but
+// for packages.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +12,10 @@
 #include "engine/file_system.h"
 
 namespace dunmere {
+
+/// Whether a folder of this name is a package, one document to people: a non-empty stem and one of the known
+/// extensions, ASCII case-insensitive. For folders only: files and links are never packages.
+bool isPackageName(std::string_view name);
 
 /// Names of folders, side by side, each ended by a slash (which no name holds). Memory is given back while names are
 /// taken, since one folder may hold a million others.

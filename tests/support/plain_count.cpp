@@ -6,7 +6,7 @@
 
 #include <utility>
 
-#include "engine/scan/package_names.h"
+#include "engine/scan/folder_reading.h"
 #include "platform/posix/unique_descriptor.h"
 
 namespace dunmere::test {

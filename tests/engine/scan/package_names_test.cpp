@@ -1,8 +1,8 @@
-#include "engine/scan/package_names.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "engine/scan/folder_reading.h"
 
 namespace dunmere {
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "engine/disk_sweeper_scan.h"
-#include "engine/scan/package_names.h"
+#include "engine/scan/folder_reading.h"
 #include "tests/engine/scan/scan_recording.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/random_seed.h"
