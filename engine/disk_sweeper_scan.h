@@ -1,7 +1,8 @@
-// DiskSweeperScan: the engine's three operations: list the volumes (volumes/volume_discovery.cpp), scan a tree
-// (scan/progressive_scan.cpp), list one column (listing/column_listing.cpp).
+// DiskSweeperScan: the engine's three operations: list the volumes (volumes/volume_discovery.cpp, as is
+// StorageScanner), scan a tree (scan/progressive_scan.cpp), list one column (listing/column_listing.cpp).
 #pragma once
 
+#include <cstdint>
 #include <expected>
 #include <functional>
 #include <future>
@@ -59,6 +60,23 @@ struct DiskSweeperScan {
   static std::expected<std::vector<SweeperItem>, SweepError> columnChildren(FileSystem& fileSystem,
                                                                             const FileUrl& parent,
                                                                             const SweepInventory& inventory);
+};
+
+/// Capacity of a volume in bytes; totalBytes is at least 1, freeBytes at most totalBytes.
+struct VolumeSnapshot {
+  std::int64_t totalBytes = 0;
+  std::int64_t freeBytes = 0;
+
+  friend bool operator==(const VolumeSnapshot&, const VolumeSnapshot&) = default;
+};
+
+/// A namespace without instances or state.
+struct StorageScanner {
+  StorageScanner() = delete;
+
+  /// The boot volume's capacity and free space, measured through the user's home folder; none when it cannot be
+  /// measured. Any thread.
+  static std::optional<VolumeSnapshot> bootVolumeSnapshot(FileSystem& fileSystem);
 };
 
 }  // namespace dunmere

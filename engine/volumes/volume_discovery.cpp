@@ -1,5 +1,3 @@
-#include "engine/volumes/volume_discovery.h"
-
 #include <algorithm>
 #include <array>
 #include <cstddef>

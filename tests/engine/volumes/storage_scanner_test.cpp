@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/volumes/volume_discovery.h"
+#include "engine/disk_sweeper_scan.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/print_values.h"
 
