@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "engine/ascii.h"
 #include "platform/posix/paths.h"
 
 namespace dunmere {
@@ -43,8 +44,7 @@ bool isHidden(std::string_view mountPoint) {
 
 bool isBootOrEfi(const MountEntry& mount) {
   if (isBelowAny(mount.mountPoint, std::to_array({"/boot", "/efi", "/esp"}))) return true;
-  std::string name = mount.mountPoint.substr(mount.mountPoint.rfind('/') + 1);
-  std::ranges::transform(name, name.begin(), [](unsigned char c) { return c >= 'A' && c <= 'Z' ? c + 'a' - 'A' : c; });
+  const std::string name = asciiLowerCased(mount.mountPoint.substr(mount.mountPoint.rfind('/') + 1));
   return mount.fileSystem == "vfat" && (name == "efi" || name == "esp");
 }
 
