@@ -1,5 +1,3 @@
-#include "platform/linux/linux_file_system.h"
-
 #include <sys/resource.h>
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
@@ -9,6 +7,7 @@
 #include <chrono>
 #include <ctime>
 
+#include "platform/icu/icu_name_order.h"
 #include "platform/linux/linux_open_folder.h"
 #include "platform/linux/mount_choice.h"
 #include "platform/linux/mount_table.h"
@@ -29,18 +28,10 @@ MountEntry unlistedRoot() {
   return root;
 }
 
-MountEntry mountOf(const std::vector<MountEntry>& mounts, const std::string& path) {
-  const MountEntry* mount = mountHolding(mounts, path);
-  return mount == nullptr ? unlistedRoot() : *mount;
-}
-
-/// The name of a volume without a label.
-std::string plainName(const std::string& mountPoint) {
-  return mountPoint == "/" ? "Filesystem root" : FileUrl(mountPoint).lastPathComponent();
-}
-
+/// Named as a volume without a label is.
 VolumeMount volumeAt(const MountEntry& mount) {
-  return {.url = FileUrl(mount.mountPoint), .name = plainName(mount.mountPoint), .source = mount.source};
+  const FileUrl url(mount.mountPoint);
+  return {.url = url, .name = url.path() == "/" ? "Filesystem root" : url.lastPathComponent(), .source = mount.source};
 }
 
 /// Asks the file system at `path`, which lies on `volume`.
@@ -76,66 +67,73 @@ void lowerDiskPriority() {
   ::syscall(SYS_ioprio_set, kWhoProcess, kCallingThread, kClassBestEffort << kClassShift | kLowest);
 }
 
+/// Folders by getdents64 and statx, volumes by the mount table, names by ICU. Linux marks no folder as a package, so
+/// EntryAttributes::isPackage is never set.
+class LinuxFileSystem final : public FileSystem {
+ public:
+  /// Besides what the contract says: the folder stays open until it is destroyed, and at most
+  /// FolderDescriptors::budgetOfProcess() of the folders below it.
+  std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override {
+    return LinuxOpenFolder::open(descriptors_, url, detail);
+  }
+
+  /// Mounts that are no volumes to people are left out already.
+  std::optional<std::vector<VolumeMount>> mountedVolumes() override {
+    const auto mounts = readMountTable();
+    if (!mounts) return std::nullopt;
+    std::vector<VolumeMount> volumes;
+    if (mountHolding(*mounts, "/") == nullptr) volumes.push_back(volumeAt(unlistedRoot()));
+    for (const MountEntry& mount : *mounts) {
+      if (isOfferedMount(mount)) volumes.push_back(volumeAt(mount));
+    }
+    return volumes;
+  }
+
+  std::expected<VolumeValues, SweepError> volumeValues(const VolumeMount& volume) override {
+    return measure(volume.url.path(), volume, true);
+  }
+
+  /// A mount point that is not offered is not touched: only that is told. `url` is not standardized through links.
+  std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) override {
+    const auto mounts = readMountTable();
+    if (!mounts) return openFailure(url, mounts.error());
+    const std::string path = url.key();
+    const MountEntry* const listed = mountHolding(*mounts, path);
+    const MountEntry mount = listed == nullptr ? unlistedRoot() : *listed;
+    const bool isOffered = isOfferedMount(mount);
+    if (!isOffered && mount.mountPoint == path) {
+      VolumeValues values;
+      values.isBrowsable = false;
+      return values;
+    }
+    return measure(path, volumeAt(mount), isOffered);
+  }
+
+  FileUrl homeFolder() override { return currentHomeFolder(); }
+
+  Instant now() override {
+    timespec time{};
+    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &time);  // cannot fail for a clock that every kernel has
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+  }
+
+  std::string nameSortKey(std::string_view name) override { return nameOrder_.sortKey(name); }
+
+  /// To nice 10 and the lowest disk priority but idle; never raises either.
+  void enterUtilityPriority() noexcept override {
+    lowerProcessorPriority();
+    lowerDiskPriority();
+  }
+
+ private:
+  FolderDescriptors descriptors_{FolderDescriptors::budgetOfProcess()};
+  const IcuNameOrder nameOrder_{IcuNameOrder::userLocale()};
+};
+
 }  // namespace
 
 std::unique_ptr<FileSystem> makePlatformFileSystem() {
   return std::make_unique<LinuxFileSystem>();
-}
-
-LinuxFileSystem::LinuxFileSystem()
-    : descriptors_(FolderDescriptors::budgetOfProcess()), nameOrder_(IcuNameOrder::userLocale()) {}
-
-std::expected<std::shared_ptr<OpenFolder>, SweepError> LinuxFileSystem::openFolder(const FileUrl& url,
-                                                                                   EntryDetail detail) {
-  return LinuxOpenFolder::open(descriptors_, url, detail);
-}
-
-std::optional<std::vector<VolumeMount>> LinuxFileSystem::mountedVolumes() {
-  const auto mounts = readMountTable();
-  if (!mounts) return std::nullopt;
-  std::vector<VolumeMount> volumes;
-  if (mountHolding(*mounts, "/") == nullptr) volumes.push_back(volumeAt(unlistedRoot()));
-  for (const MountEntry& mount : *mounts) {
-    if (isOfferedMount(mount)) volumes.push_back(volumeAt(mount));
-  }
-  return volumes;
-}
-
-std::expected<VolumeValues, SweepError> LinuxFileSystem::volumeValues(const VolumeMount& volume) {
-  return measure(volume.url.path(), volume, true);
-}
-
-std::expected<VolumeValues, SweepError> LinuxFileSystem::volumeValues(const FileUrl& url) {
-  const auto mounts = readMountTable();
-  if (!mounts) return openFailure(url, mounts.error());
-  const std::string path = url.key();
-  const MountEntry mount = mountOf(*mounts, path);
-  const bool isOffered = isOfferedMount(mount);
-  if (!isOffered && mount.mountPoint == path) {
-    VolumeValues values;
-    values.isBrowsable = false;
-    return values;
-  }
-  return measure(path, volumeAt(mount), isOffered);
-}
-
-FileUrl LinuxFileSystem::homeFolder() {
-  return currentHomeFolder();
-}
-
-FileSystem::Instant LinuxFileSystem::now() {
-  timespec time{};
-  ::clock_gettime(CLOCK_MONOTONIC_COARSE, &time);  // cannot fail for a clock that every kernel has
-  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
-}
-
-std::string LinuxFileSystem::nameSortKey(std::string_view name) {
-  return nameOrder_.sortKey(name);
-}
-
-void LinuxFileSystem::enterUtilityPriority() noexcept {
-  lowerProcessorPriority();
-  lowerDiskPriority();
 }
 
 }  // namespace dunmere

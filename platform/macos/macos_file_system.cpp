@@ -1,5 +1,3 @@
-#include "platform/macos/macos_file_system.h"
-
 #include <pthread/qos.h>
 #include <sys/resource.h>
 
@@ -7,6 +5,7 @@
 #include <chrono>
 #include <ctime>
 
+#include "platform/icu/icu_name_order.h"
 #include "platform/macos/attribute_request.h"
 #include "platform/macos/macos_open_folder.h"
 #include "platform/macos/mounted_volumes.h"
@@ -50,68 +49,73 @@ std::optional<std::int64_t> spaceForImportantUsage(const std::string& path) {
   return send<long long>(number, "longLongValue");
 }
 
+/// Folders that it opened must not outlive it. Making it keeps the whole process from fetching files from the cloud.
+class MacosFileSystem final : public FileSystem {
+ public:
+  MacosFileSystem() { keepCloudFilesAway(); }
+
+  std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override {
+    return MacosOpenFolder::open(descriptors_, url, detail);
+  }
+
+  /// All mounted volumes, those that are not meant for people too.
+  std::optional<std::vector<VolumeMount>> mountedVolumes() override {
+    const auto mounted = dunmere::mountedVolumes();
+    if (!mounted) return std::nullopt;
+    std::vector<VolumeMount> volumes;
+    for (const MountedVolume& volume : *mounted) {
+      const FileUrl url(volume.mountPoint);
+      volumes.push_back({.url = url, .name = url.lastPathComponent(), .source = volume.device});
+    }
+    return volumes;
+  }
+
+  using FileSystem::volumeValues;
+  /// A volume that is not meant for people is not asked for anything but that.
+  std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) override {
+    const auto mounted = dunmere::mountedVolumes();
+    if (!mounted) return openFailure(url, mounted.error());
+    const std::string path = url.key();
+    const MountedVolume* const listed = mountHolding(*mounted, path);
+    if (listed == nullptr) return openFailure(url, ENOENT);
+    VolumeValues values;
+    values.isBrowsable = listed->isBrowsable();
+    if (!listed->isBrowsable() && listed->mountPoint == path) return values;
+
+    const auto volume = volumeOf(path);
+    if (!volume) return openFailure(url, volume.error());
+    values.name = volumeNameAt(volume->mountPoint);
+    values.totalBytes = volume->totalBytes();
+    values.availableBytes = volume->availableBytes();
+    values.availableForImportantUsageBytes = spaceForImportantUsage(path);
+    return values;
+  }
+
+  FileUrl homeFolder() override { return currentHomeFolder(); }
+
+  Instant now() override {
+    // Goes on while the machine sleeps. The approximate reading needs no call of the kernel, and is milliseconds off.
+    return std::chrono::nanoseconds(::clock_gettime_nsec_np(CLOCK_MONOTONIC_RAW_APPROX));
+  }
+
+  std::string nameSortKey(std::string_view name) override { return nameOrder_.sortKey(name); }
+
+  /// To the quality of service "utility", which the disk's priority follows; never raises it.
+  void enterUtilityPriority() noexcept override {
+    const qos_class_t current = ::qos_class_self();
+    const bool isLower = current != QOS_CLASS_UNSPECIFIED && current <= QOS_CLASS_UTILITY;
+    if (!isLower) ::pthread_set_qos_class_self_np(QOS_CLASS_UTILITY, 0);
+  }
+
+ private:
+  FolderDescriptors descriptors_{FolderDescriptors::budgetOfProcess()};
+  const IcuNameOrder nameOrder_{collationLocale()};
+};
+
 }  // namespace
 
 std::unique_ptr<FileSystem> makePlatformFileSystem() {
   return std::make_unique<MacosFileSystem>();
-}
-
-MacosFileSystem::MacosFileSystem() : descriptors_(FolderDescriptors::budgetOfProcess()), nameOrder_(collationLocale()) {
-  keepCloudFilesAway();
-}
-
-std::expected<std::shared_ptr<OpenFolder>, SweepError> MacosFileSystem::openFolder(const FileUrl& url,
-                                                                                   EntryDetail detail) {
-  return MacosOpenFolder::open(descriptors_, url, detail);
-}
-
-std::optional<std::vector<VolumeMount>> MacosFileSystem::mountedVolumes() {
-  const auto mounted = dunmere::mountedVolumes();
-  if (!mounted) return std::nullopt;
-  std::vector<VolumeMount> volumes;
-  for (const MountedVolume& volume : *mounted) {
-    const FileUrl url(volume.mountPoint);
-    volumes.push_back({.url = url, .name = url.lastPathComponent(), .source = volume.device});
-  }
-  return volumes;
-}
-
-std::expected<VolumeValues, SweepError> MacosFileSystem::volumeValues(const FileUrl& url) {
-  const auto mounted = dunmere::mountedVolumes();
-  if (!mounted) return openFailure(url, mounted.error());
-  const std::string path = url.key();
-  const MountedVolume* const listed = mountHolding(*mounted, path);
-  if (listed == nullptr) return openFailure(url, ENOENT);
-  VolumeValues values;
-  values.isBrowsable = listed->isBrowsable();
-  if (!listed->isBrowsable() && listed->mountPoint == path) return values;
-
-  const auto volume = volumeOf(path);
-  if (!volume) return openFailure(url, volume.error());
-  values.name = volumeNameAt(volume->mountPoint);
-  values.totalBytes = volume->totalBytes();
-  values.availableBytes = volume->availableBytes();
-  values.availableForImportantUsageBytes = spaceForImportantUsage(path);
-  return values;
-}
-
-FileUrl MacosFileSystem::homeFolder() {
-  return currentHomeFolder();
-}
-
-FileSystem::Instant MacosFileSystem::now() {
-  // Goes on while the machine sleeps. The approximate reading needs no call of the kernel, and is milliseconds off.
-  return std::chrono::nanoseconds(::clock_gettime_nsec_np(CLOCK_MONOTONIC_RAW_APPROX));
-}
-
-std::string MacosFileSystem::nameSortKey(std::string_view name) {
-  return nameOrder_.sortKey(name);
-}
-
-void MacosFileSystem::enterUtilityPriority() noexcept {
-  const qos_class_t current = ::qos_class_self();
-  const bool isLower = current != QOS_CLASS_UNSPECIFIED && current <= QOS_CLASS_UTILITY;
-  if (!isLower) ::pthread_set_qos_class_self_np(QOS_CLASS_UTILITY, 0);
 }
 
 }  // namespace dunmere
