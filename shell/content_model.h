@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "engine/file_system.h"
-#include "platform/desktop/url_opener.h"
+#include "platform/desktop/platform_desktop.h"
 #include "sweeper/background.h"
 #include "sweeper/desktop.h"
 #include "sweeper/main_thread.h"

@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include "platform/desktop/url_opener.h"
+#include "platform/desktop/platform_desktop.h"
 
 namespace dunmere::SystemSettingsLinks {
 

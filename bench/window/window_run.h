@@ -12,8 +12,8 @@
 
 #include "bench/window/frame_recorder.h"
 #include "engine/file_system.h"
+#include "platform/desktop/platform_desktop.h"
 #include "platform/desktop/qt_main_thread.h"
-#include "platform/desktop/url_opener.h"
 #include "shell/content_model.h"
 #include "sweeper/background_threads.h"
 #include "sweeper/desktop.h"

@@ -62,7 +62,7 @@ std::optional<FileUrl> folderAt(const QString& text) {
 
 }  // namespace
 
-std::optional<FileUrl> FolderChooser::choose(const std::string& message) const {
+std::optional<FileUrl> showFolderChooser(const std::string& message) {
   keepNoSettings();
   FolderDialog dialog(nullptr, QString::fromStdString(message), QDir::homePath());
   dialog.setAcceptMode(QFileDialog::AcceptOpen);

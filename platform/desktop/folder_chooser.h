@@ -1,4 +1,4 @@
-// FolderChooser: the modal dialog in which the user picks one existing folder.
+// showFolderChooser: the modal dialog in which the user picks one existing folder.
 #pragma once
 
 #include <optional>
@@ -8,16 +8,12 @@
 
 namespace dunmere {
 
-/// Main thread only; needs a QApplication. Takes the desktop's own dialog where there is one. It starts in the home
-/// folder every time, since no preference is kept.
-class FolderChooser {
- public:
-  /// `message` (UTF-8) is the dialog's title, since these dialogs have no other place for it. Other work of the main
-  /// thread goes on while the dialog is open. None when cancelled.
-  ///
-  /// The dialogs speak in text, not in bytes: a folder below a name that is not UTF-8 arrives with U+FFFD in it and
-  /// could be mistaken for another one. So nothing is returned for a path that holds U+FFFD or leads to no folder.
-  std::optional<FileUrl> choose(const std::string& message) const;
-};
+/// Takes the desktop's own dialog where there is one. It starts in the home folder every time, since no preference is
+/// kept. `message` (UTF-8) is its title, since these dialogs have no other place for it. Other work of the main thread
+/// goes on while it is open. None when cancelled. Main thread only; needs a QApplication.
+///
+/// The dialogs speak in text, not in bytes: a folder below a name that is not UTF-8 arrives with U+FFFD in it and could
+/// be mistaken for another one. So nothing is returned for a path that holds U+FFFD or leads to no folder.
+std::optional<FileUrl> showFolderChooser(const std::string& message);
 
 }  // namespace dunmere

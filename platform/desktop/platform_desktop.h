@@ -5,10 +5,19 @@
 #include <string>
 
 #include "engine/file_system.h"
-#include "platform/desktop/url_opener.h"
 #include "sweeper/desktop.h"
 
 namespace dunmere {
+
+/// Asks the system to open a URL with whatever application is responsible for it. Main thread only.
+class UrlOpener {
+ public:
+  virtual ~UrlOpener() = default;
+
+  /// `url` is percent-encoded ASCII. True when the system took the request, false when `url` is malformed or nothing
+  /// here opens it; a refused URL has no effect at all, so that a caller may try another one.
+  virtual bool open(const std::string& url) = 0;
+};
 
 // The build picks the implementations.
 

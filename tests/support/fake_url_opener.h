@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/desktop/url_opener.h"
+#include "platform/desktop/platform_desktop.h"
 
 namespace dunmere::test {
 

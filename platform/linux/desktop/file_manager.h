@@ -6,7 +6,7 @@
 #include <chrono>
 
 #include "engine/file_url.h"
-#include "platform/desktop/url_opener.h"
+#include "platform/desktop/platform_desktop.h"
 
 namespace dunmere {
 

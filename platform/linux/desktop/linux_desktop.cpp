@@ -33,12 +33,11 @@ class LinuxDesktop final : public Desktop {
   LinuxDesktop(FileSystem& fileSystem, UrlOpener& urlOpener)
       : fileManager_(QDBusConnection::sessionBus(), urlOpener), trash_(fileSystem) {}
 
-  std::optional<FileUrl> chooseFolder(const std::string& message) override { return folderChooser_.choose(message); }
+  std::optional<FileUrl> chooseFolder(const std::string& message) override { return showFolderChooser(message); }
   void reveal(const FileUrl& url) override { fileManager_.reveal(url); }
   std::unique_ptr<TrashableItem> holdItem(const FileUrl& url) override { return trash_.hold(url); }
 
  private:
-  FolderChooser folderChooser_;
   FileManager fileManager_;
   Trash trash_;
 };

@@ -28,7 +28,7 @@ class MacosDesktop final : public Desktop {
  public:
   explicit MacosDesktop(FileSystem& fileSystem) : trash_(fileSystem) {}
 
-  std::optional<FileUrl> chooseFolder(const std::string& message) override { return folderChooser_.choose(message); }
+  std::optional<FileUrl> chooseFolder(const std::string& message) override { return showFolderChooser(message); }
 
   void reveal(const FileUrl& url) override {
     const objective_c::AutoreleasePool pool;
@@ -41,7 +41,6 @@ class MacosDesktop final : public Desktop {
   std::unique_ptr<TrashableItem> holdItem(const FileUrl& url) override { return trash_.hold(url); }
 
  private:
-  FolderChooser folderChooser_;
   Trash trash_;
 };
 

@@ -45,7 +45,7 @@ class FolderChooserTest : public testing::Test {
       user(*dialog);
       if (dialog->isVisible()) dialog->reject();  // so that a test that failed inside still ends
     });
-    return FolderChooser().choose("Choose a folder (“here”)");
+    return showFolderChooser("Choose a folder (“here”)");
   }
 
  private:

@@ -1,5 +1,3 @@
-#include "platform/desktop/url_opener.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
