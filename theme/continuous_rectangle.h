@@ -1,10 +1,20 @@
-// ContinuousRectangle: a filled and optionally outlined rectangle with continuous corners, smooth on every renderer.
+// ContinuousRectangle: a filled and optionally outlined rectangle whose corners grow out of its sides without a jump in
+// curvature, smooth on every renderer.
 #pragma once
 
 #include <QColor>
+#include <QPainterPath>
 #include <QQuickPaintedItem>
+#include <QRectF>
 
 namespace dunmere {
+
+/// The shortest side, in radii, that has room for two such corners.
+inline constexpr qreal continuousCornerMinimumSide = 3.06;
+
+/// A closed outline inside `bounds`. Corners reach 1.53 radii along the sides; a rectangle too small for that has plain
+/// circular corners of at most half its shorter side. A radius of 0 or less gives the rectangle itself.
+QPainterPath continuousCornerPath(const QRectF& bounds, qreal radius);
 
 /// Main thread, like every item. Lengths are in device-independent pixels. The outline lies inside the item's bounds.
 class ContinuousRectangle : public QQuickPaintedItem {

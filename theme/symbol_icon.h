@@ -1,11 +1,40 @@
-// SymbolIcon: one of the interface's own icons, drawn as vectors in a font's size and weight.
+// SymbolIcon: one of the interface's own icons, drawn as vectors in a font's size and weight, and its drawing.
 #pragma once
 
 #include <QColor>
 #include <QFont>
+#include <QPainterPath>
+#include <QPointF>
 #include <QQuickPaintedItem>
+#include <QSizeF>
+#include <QStringView>
+#include <optional>
 
 namespace dunmere {
+
+/// Where a symbol is drawn, all in device pixels. One em is the symbol's point size in device pixels.
+struct SymbolGrid {
+  QPointF centre;
+  qreal em = 0;
+  /// Width of the strokes; a whole number puts straight strokes on whole pixels.
+  qreal stroke = 1;
+
+  /// The point (x, y) ems off the centre, moved to where horizontal and vertical strokes through it are crisp.
+  QPointF fitted(qreal x, qreal y) const;
+  /// The same point where it falls, for slanted and filled shapes.
+  QPointF free(qreal x, qreal y) const;
+};
+
+struct SymbolDrawing {
+  QPainterPath strokes;
+  QPainterPath fills;
+};
+
+/// The symbol's own extent in ems, strokes included; none for an unknown name.
+std::optional<QSizeF> symbolExtent(QStringView name);
+
+/// The symbol on this grid; none for an unknown name.
+std::optional<SymbolDrawing> symbolDrawing(QStringView name, const SymbolGrid& grid);
 
 /// Sits in a row of text like a character of that size: one line high, centred on the capitals, its baseline where
 /// theirs is. A name that it does not know draws nothing and is warned about. Main thread, like every item.
