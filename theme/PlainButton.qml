@@ -52,11 +52,32 @@ T.AbstractButton {
     }
     onPressed: tip.dismissed = true
 
-    HelpTip {
+    T.ToolTip {
         id: tip
         property bool dismissed: false
         objectName: "helpTip"
+        x: 0
+        y: root.height + 4
+        implicitWidth: Math.ceil(implicitContentWidth) + leftPadding + rightPadding
+        implicitHeight: Math.ceil(implicitContentHeight) + topPadding + bottomPadding
+        margins: 6
+        horizontalPadding: 8
+        verticalPadding: 4
+        delay: 1000
+        closePolicy: T.Popup.NoAutoClose
         text: root.helpText
         visible: pointer.isOver && !dismissed
+
+        contentItem: AppText {
+            objectName: "helpTipText"
+            text: tip.text
+            font.pixelSize: 11
+            Accessible.ignored: true
+        }
+        background: Rectangle {
+            color: AppTheme.card
+            border.color: AppTheme.border
+            radius: 4
+        }
     }
 }

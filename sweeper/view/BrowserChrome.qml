@@ -24,9 +24,35 @@ Item {
         height: visible ? implicitHeight : 0
         visible: root.viewModel.showsStatusStrip
 
-        StatusStrip {
+        Rectangle {
+            objectName: "statusStrip"
             width: strip.width
-            status: root.viewModel.statusStripText
+            height: Math.max(spinner.height, status.height) + 16
+            color: AppTheme.canvas
+
+            Spinner {
+                id: spinner
+                objectName: "statusSpinner"
+                x: 14
+                anchors.verticalCenter: parent.verticalCenter
+            }
+            AppText {
+                id: status
+                objectName: "statusText"
+                anchors.left: spinner.right
+                anchors.leftMargin: 10
+                anchors.right: parent.right
+                anchors.rightMargin: 14
+                anchors.verticalCenter: parent.verticalCenter
+                text: root.viewModel.statusStripText
+                color: AppTheme.secondaryText
+                font.pixelSize: 12
+                wrapMode: Text.Wrap
+                maximumLineCount: 2
+                elide: Text.ElideRight
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
+            }
         }
         Divider {
             objectName: "statusDivider"
@@ -62,24 +88,27 @@ Item {
                 objectName: "columnRow"
                 // The bar takes its own space: it covers no row.
                 height: Math.max(root.minimumColumnHeight, scroller.height - (horizontalBar.visible ? horizontalBar.height : 0))
+                // Room for the line after each column.
+                spacing: 1
+                rightPadding: 1
 
                 Repeater {
                     id: columnRepeater
                     model: root.viewModel.columns
                     onItemRemoved: (index, item) => {
-                        if ((item as OpenColumn).column.holdsKeyboard)
+                        if ((item as SweeperColumn).holdsKeyboard)
                             root.takeKeyboard();
                     }
 
-                    OpenColumn {
+                    SweeperColumn {
                         height: columnRow.height
                         isTabStop: index === Math.min(root.keyboardColumn, columnRepeater.count - 1)
-                        column.onHoldsKeyboardChanged: if (column.holdsKeyboard)
+                        onHoldsKeyboardChanged: if (holdsKeyboard)
                             root.keyboardColumn = index
                         onRowActivated: row => root.viewModel.selectRow(index, row)
                         onLeftRequested: root.columnAt(index - 1)?.comeBack()
                         onRightRequested: root.columnAt(index + 1)?.enter()
-                        onKeyboardUsed: root.scrollTo(x, width)
+                        onKeyboardUsed: root.scrollTo(x, width + columnRow.spacing)
                     }
                 }
             }
@@ -114,7 +143,7 @@ Item {
     }
 
     function columnAt(index: int): SweeperColumn {
-        return (columnRepeater.itemAt(index) as OpenColumn)?.column ?? null;
+        return columnRepeater.itemAt(index) as SweeperColumn;
     }
 
     /// Scrolls as far as needed to see this span of the columns.

@@ -10,6 +10,7 @@ import Dunmere.Theme
 Rectangle {
     id: root
 
+    required property int index
     required property RowListModel rows
     required property string folderName
     /// Its folder has not answered yet.
@@ -24,6 +25,7 @@ Rectangle {
     required property bool isTabStop
     readonly property bool holdsKeyboard: list.activeFocus
 
+    objectName: "sweeperColumn" + index
     implicitWidth: 280
     color: AppTheme.card
 
@@ -212,6 +214,14 @@ Rectangle {
                 return list.mapToItem(null, 0, 0).y;
             }
         }
+    }
+
+    // After the column, not on it; it cannot be dragged.
+    Divider {
+        objectName: "columnDivider"
+        anchors.left: parent.right
+        height: parent.height
+        color: AppTheme.border
     }
 
     Spinner {

@@ -92,7 +92,7 @@ TestCase {
             compare(box(column, item("columnRow")).x, index * 281);
             compare(box(column, area).y, 0);
             compare(String(column.color), "#ffffff");
-            const divider = findChild(column.parent, "columnDivider");
+            const divider = findChild(column, "columnDivider");
             compare(divider.width, 1);
             compare(divider.height, column.height);
             compare(box(divider, column).x, 280);

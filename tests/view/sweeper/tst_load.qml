@@ -36,24 +36,9 @@ TestCase {
         }
     }
     Component {
-        id: openColumn
-        OpenColumn {
-            index: 0
-            rows: testCase.anyRows()
-            folderName: "root"
-            isTabStop: true
-            isReading: true
-        }
-    }
-    Component {
-        id: statusStrip
-        StatusStrip {
-            status: "Starting…"
-        }
-    }
-    Component {
         id: sweeperColumn
         SweeperColumn {
+            index: 0
             rows: testCase.anyRows()
             folderName: "root"
             isTabStop: true
@@ -111,7 +96,7 @@ TestCase {
     }
 
     function test_loads_data() {
-        return [browserChrome, diskSweeperPaneView, footerBar, openColumn, statusStrip, sweeperColumn, sweeperRow, trashConfirmation, volumePicker, volumeRow].map((component, index) => ({
+        return [browserChrome, diskSweeperPaneView, footerBar, sweeperColumn, sweeperRow, trashConfirmation, volumePicker, volumeRow].map((component, index) => ({
                     tag: "component " + index,
                     component: component
                 }));
