@@ -2,7 +2,7 @@ pragma Singleton
 
 import QtQuick
 
-// The colours that several views share. sRGB, and opaque unless said otherwise.
+// Every colour of the interface by its name: sRGB, and opaque unless said otherwise.
 QtObject {
     readonly property color accentOrange: Qt.rgba(240 / 255, 90 / 255, 40 / 255, 1)
     readonly property color accentOrangeDeep: Qt.rgba(217 / 255, 74 / 255, 31 / 255, 1)
@@ -22,7 +22,10 @@ QtObject {
     readonly property color errorRed: Qt.rgba(1, 59 / 255, 48 / 255, 1)
     readonly property real errorOpacity: 0.85
     readonly property color dividerColor: Qt.rgba(0, 0, 0, 0.1)
-    readonly property color focusRing: Qt.rgba(240 / 255, 90 / 255, 40 / 255, 0.5)
+    readonly property color focusRing: Qt.alpha(accentOrange, 0.5)
+    readonly property color focusedSelection: Qt.tint(card, Qt.alpha(accentTint, 0.22))
+    readonly property color completeZero: Qt.rgba(0.2, 0.55, 0.35, 1) // a size of nothing, with nothing to come
+    readonly property color behindQuestion: Qt.rgba(0, 0, 0, 0.25) // dims the window
 
     readonly property real cornerRadius: 8
     readonly property real pressedOpacity: 0.75

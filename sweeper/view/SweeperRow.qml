@@ -52,7 +52,7 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         horizontalAlignment: Text.AlignRight
         text: root.sizeText
-        color: root.selected ? Qt.alpha(AppTheme.onAccent, 0.95) : root.isCompleteZero ? Qt.rgba(0.2, 0.55, 0.35, 1) : AppTheme.accentOrange
+        color: root.selected ? Qt.alpha(AppTheme.onAccent, 0.95) : root.isCompleteZero ? AppTheme.completeZero : AppTheme.accentOrange
         font.family: SystemFonts.monospacedFamily
         font.pixelSize: 12
         font.weight: Font.Medium

@@ -34,7 +34,7 @@ T.Dialog {
 
     T.Overlay.modal: Rectangle {
         objectName: "trashConfirmDim"
-        color: Qt.rgba(0, 0, 0, 0.25)
+        color: AppTheme.behindQuestion
     }
 
     background: ContinuousRectangle {

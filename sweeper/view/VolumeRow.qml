@@ -35,7 +35,7 @@ Item {
         anchors.rightMargin: 6
         radius: 5
         visible: root.selected
-        color: root.listFocused ? Qt.tint(AppTheme.card, Qt.alpha(AppTheme.accentTint, 0.22)) : AppTheme.sidebarSelection
+        color: root.listFocused ? AppTheme.focusedSelection : AppTheme.sidebarSelection
     }
     Item {
         id: iconFrame

@@ -140,12 +140,11 @@ QString RowListModel::sizeText(const Row& row) {
 
 QString RowListModel::accessibleText(const Row& row) {
   const ColumnRow& facts = row.rows.row(row.index);
-  const QString kind = facts.isSymbolicLink
-                           ? (facts.isDirectory ? QStringLiteral("link to a folder") : QStringLiteral("link"))
-                           : (facts.isDirectory ? QStringLiteral("folder") : QStringLiteral("file"));
-  const QString least = row.rows.sizeIsPartialMinimum(row.index) ? QStringLiteral("at least ") : QString();
-  const QString size = QString::fromStdString(byteCountText(facts.sizeBytes));
-  return shownText(row.rows.name(row.index)) + QStringLiteral(", ") + kind + QStringLiteral(", ") + least + size;
+  const QString kind = facts.isSymbolicLink ? (facts.isDirectory ? tr("link to a folder") : tr("link"))
+                                            : (facts.isDirectory ? tr("folder") : tr("file"));
+  QString size = QString::fromStdString(byteCountText(facts.sizeBytes));
+  if (row.rows.sizeIsPartialMinimum(row.index)) size = tr("at least %1").arg(size);
+  return QStringList{shownText(row.rows.name(row.index)), kind, size}.join(QLatin1String(", "));
 }
 
 RowListModel::Row RowListModel::rowAt(std::size_t position) const {

@@ -1,9 +1,9 @@
+#include "theme/continuous_rectangle.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <vector>
-
-#include "theme/continuous_rectangle.h"
 
 namespace dunmere {
 namespace {

@@ -1,9 +1,9 @@
+#include "theme/symbol_icon.h"
+
 #include <gtest/gtest.h>
 
 #include <QString>
 #include <cmath>
-
-#include "theme/symbol_icon.h"
 
 namespace dunmere {
 namespace {
