@@ -11,8 +11,14 @@
 //   uncounted ROOT NAME      when the rows of the folder ROOT/NAME were there, clicked as soon as a sweep has begun
 //
 // --software paints without OpenGL. All times but the first are in seconds.
+#include <dlfcn.h>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <QApplication>
 #include <QQuickWindow>
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -27,7 +33,6 @@
 #include "bench/json_text.h"
 #include "bench/peak_memory.h"
 #include "bench/window/frame_recorder.h"
-#include "bench/window/main_thread_stretches.h"
 #include "bench/window/window_run.h"
 #include "engine/file_system.h"
 #include "platform/platform_file_system.h"
@@ -37,6 +42,38 @@ namespace {
 
 using std::chrono_literals::operator""ms;
 using Clock = FrameRecorder::Clock;
+
+// ---- How long the main thread is busy at a stretch: from the end of one wait for events to the next wait ----
+
+Clock::time_point stretchBegin;
+std::chrono::nanoseconds longestStretch{0};  // waits for answers included
+
+bool isMainThread() {
+  static const pid_t process = ::getpid();
+  return ::syscall(SYS_gettid) == process;
+}
+
+/// Around a wait for events that is not over at once.
+template <typename Wait>
+int wait(bool mayBlock, Wait forEvents) {
+  const bool endsStretch = mayBlock && isMainThread();
+  if (endsStretch) longestStretch = std::max<std::chrono::nanoseconds>(longestStretch, Clock::now() - stretchBegin);
+  const int result = forEvents();
+  if (endsStretch) stretchBegin = Clock::now();
+  return result;
+}
+
+template <typename Function>
+Function realFunction(const char* name) {
+  return reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
+}
+
+void startStretches() {
+  stretchBegin = Clock::now();
+  longestStretch = {};
+}
+
+// ---- The probe ----
 
 constexpr int kBadUsage = 2;
 
@@ -91,7 +128,7 @@ class Phases {
     step();
     const Clock::time_point end = Clock::now();
     const double used = threadSeconds() - usedBefore;
-    const auto stretch = longestStretch();
+    const auto stretch = longestStretch;
     const std::size_t seen = window_.frames().frames();
     while (window_.frames().frames() == seen) window_.run(5ms);
     const FrameIntervals intervals = window_.frames().between(start, end);
@@ -239,6 +276,20 @@ void measure(FileSystem& fileSystem, const Options& options, JsonText& json) {
 
 }  // namespace
 }  // namespace dunmere::bench
+
+// Qt's event loops wait in one of these two, which stand before those of the C library.
+
+extern "C" int poll(pollfd* files, nfds_t count, int milliseconds) {
+  static const auto real = dunmere::bench::realFunction<int (*)(pollfd*, nfds_t, int)>("poll");
+  return dunmere::bench::wait(milliseconds != 0, [&] { return real(files, count, milliseconds); });
+}
+
+extern "C" int ppoll(pollfd* files, nfds_t count, const timespec* span, const sigset_t* signals) {
+  static const auto real =
+      dunmere::bench::realFunction<int (*)(pollfd*, nfds_t, const timespec*, const sigset_t*)>("ppoll");
+  const bool mayBlock = span == nullptr || span->tv_sec != 0 || span->tv_nsec != 0;
+  return dunmere::bench::wait(mayBlock, [&] { return real(files, count, span, signals); });
+}
 
 int main(int argc, char* argv[]) {
   using namespace dunmere;
