@@ -23,7 +23,7 @@ class HardeningTest(unittest.TestCase):
     def assertImports(self, function):
         self.assertRegex(readelf("--dyn-syms"), rf"(?m) UND {function}@")
 
-    def test_lies_at_an_address_of_chance(self):
+    def test_is_position_independent(self):
         self.assertRegex(readelf("--file-header"), r"Type: +DYN")
         self.assertRegex(readelf("--dynamic"), r"FLAGS_1.*\bPIE\b")
 
