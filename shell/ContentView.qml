@@ -6,7 +6,7 @@ import Dunmere.Shell
 import Dunmere.Sweeper
 import Dunmere.Theme
 
-// What the window shows: the sidebar, and beside it one pane. The sweeper's pane is what there is without a selection.
+// What the window shows: the sidebar, and beside it one pane; without a selection it is the sweeper's.
 Rectangle {
     id: root
 

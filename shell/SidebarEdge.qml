@@ -1,8 +1,8 @@
 import QtQuick
 import Dunmere.Theme
 
-// The line between the sidebar and the panes. The pointer drags it. It is no stop of Tab: F8 leads to it, the arrow keys
-// move it, and F8, Return, Space or Escape lead back; Escape as if it had not been moved.
+// The line between the sidebar and the panes. The pointer drags it. Tab skips it: F8 leads to it, the arrow keys move it,
+// and F8, Return and Space lead back; Escape too, and undoes the move.
 Splitter {
     id: root
 

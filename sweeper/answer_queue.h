@@ -21,8 +21,7 @@ class AnswerQueue : public std::enable_shared_from_this<AnswerQueue> {
   using Deadline = std::chrono::steady_clock::time_point;
   static constexpr Deadline kNow = Deadline::min();  ///< long past: waits for nothing
 
-  /// `applyAll` is how the owner wants to have waiting answers applied when it is not awaiting them; it is not called
-  /// after close().
+  /// `applyAll` has the owner apply the waiting answers while it is not awaiting any; it is not called after close().
   AnswerQueue(MainThread& mainThread, std::function<void()> applyAll)
       : mainThread_(mainThread), applyAll_(std::move(applyAll)) {}
 

@@ -28,7 +28,7 @@ DiskSweeperPane::~DiskSweeperPane() {
   for (OpenColumn& column : openColumns_) ColumnReader::close(std::move(column.reader));
 }
 
-/// Asks `questions`, and applies the answers that come within `moment`. It is over when these have all been answered.
+/// Asks `questions`, and applies the answers that come within `moment`; ends early once all of them have come.
 void DiskSweeperPane::ask(std::chrono::milliseconds moment, const std::function<void()>& questions) {
   const std::uint64_t first = lastQuestion_ + 1;
   const auto deadline = std::chrono::steady_clock::now() + moment;

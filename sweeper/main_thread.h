@@ -1,4 +1,4 @@
-// MainThread: the pane's way to have something run on the interface thread.
+// MainThread: runs work on the interface's thread.
 #pragma once
 
 #include <functional>

@@ -7,8 +7,8 @@
 
 namespace dunmere {
 
-/// Does `work`, again and again while it throws std::bad_alloc; it must then have changed nothing. For what nobody else
-/// would do or tell, which may well be that memory is short.
+/// Repeats `work` until it does not throw std::bad_alloc; it must change nothing when it throws. For what must not get
+/// lost, such as the error that memory is short.
 template <typename Work>
 void untilMemoryAllows(const Work& work) {
   for (;;) {

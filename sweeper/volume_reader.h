@@ -14,7 +14,7 @@
 
 namespace dunmere {
 
-/// One listing of the drives. Made anew for every listing; what comes for one that is gone is dropped. Main thread.
+/// One listing of the drives; an answer that comes after it is gone is dropped. Main thread.
 class VolumeReader : public std::enable_shared_from_this<VolumeReader> {
  public:
   /// The file system and the background must outlive every question.

@@ -16,7 +16,7 @@
 
 namespace dunmere {
 
-/// From now on every button, splitter and ListView is seen as the classes below tell; each must have an accessible
+/// Shows every button, splitter and ListView to assistive technology by the classes below; each must have an accessible
 /// name. To be called once, before the first window.
 void installAccessibleControls();
 

@@ -1,4 +1,4 @@
-// Splitter: what divides two views, for keys and assistive technology; the mouse is its container's.
+// Splitter: what divides two views, for keys and assistive technology; its container handles the mouse.
 #pragma once
 
 #include <QtQml/qqmlregistration.h>

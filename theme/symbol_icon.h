@@ -37,7 +37,7 @@ std::optional<QSizeF> symbolExtent(QStringView name);
 std::optional<SymbolDrawing> symbolDrawing(QStringView name, const SymbolGrid& grid);
 
 /// Sits in a row of text like a character of that size: one line high, centred on the capitals, its baseline where
-/// theirs is. A name that it does not know draws nothing and is warned about. Main thread, like every item.
+/// theirs is. An unknown name draws nothing and logs a warning. Main thread, like every item.
 class SymbolIcon : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT

@@ -42,9 +42,9 @@ void ReadAhead::startReaders(unsigned readers) {
 // ---- The list ----
 
 /// Whether it belongs to the same folder as the element before it.
-bool ReadAhead::isFurther(const Order::value_type& element) {
+bool ReadAhead::continuesFolder(const Order::value_type& element) {
   const ClaimedChunk* const chunk = std::get_if<ClaimedChunk>(&element);
-  return chunk != nullptr ? chunk->isFurther : std::holds_alternative<PendingChunk>(element);
+  return chunk != nullptr ? chunk->continuesFolder : std::holds_alternative<PendingChunk>(element);
 }
 
 ReadAhead::Iterator ReadAhead::firstPending() {
@@ -69,7 +69,7 @@ ReadAhead::Claim ReadAhead::claimAt(Iterator pending) {
     isUsedUp = folders->names.empty();
   } else {
     const PendingChunk& rest = std::get<PendingChunk>(*pending);
-    chunk.isFurther = true;
+    chunk.continuesFolder = true;
     chunk.depth = rest.depth;
     chunk.heldBytes = rest.heldBytes;
   }
@@ -270,7 +270,7 @@ void ReadAhead::takeFiles() {
   files_.swap(chunk.files);
   setHeld(chunk.heldBytes, chunk.heldBytes - files_.size());
   const auto next = std::next(head_);
-  folderEnded_ = next == order_.end() || !isFurther(*next);
+  folderEnded_ = next == order_.end() || !continuesFolder(*next);
 }
 
 /// Until the head is finished. The consumer reads ahead meanwhile: threads that fall asleep and are woken for every

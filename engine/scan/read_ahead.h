@@ -61,7 +61,7 @@ class ReadAhead {
   struct ClaimedChunk {
     std::string name;  // of a folder's first chunk
     std::size_t depth = 0;
-    bool isFurther = false;          // not its folder's first chunk
+    bool continuesFolder = false;    // not its folder's first chunk
     bool beforeFirstPending = true;  // exact for chunks before firstPending_, updated lazily for the others
     bool finished = false;
     bool failed = false;
@@ -89,11 +89,11 @@ class ReadAhead {
   struct Claim {
     Iterator chunk;
     std::shared_ptr<OpenFolder> parent;  // of a folder's first chunk
-    Order pending;  // what it was claimed from, if nothing more is: read, and destroyed, without the mutex
+    Order pending;  // the pending element, if this used it up: read, and destroyed, without the mutex
   };
 
   static ClaimedChunk& claimed(Iterator chunk) { return std::get<ClaimedChunk>(*chunk); }
-  static bool isFurther(const Order::value_type& element);
+  static bool continuesFolder(const Order::value_type& element);
 
   // The list.
   Iterator firstPending() REQUIRES(mutex_);
@@ -128,7 +128,7 @@ class ReadAhead {
   Condition workCame_;         // a reader may claim something
   Condition consumerMayGoOn_;  // its chunk is finished, or there is something to claim meanwhile
   Order order_ GUARDED_BY(mutex_);
-  Iterator firstPending_ GUARDED_BY(mutex_);  // or a claimed chunk before it: nothing pending stands before this
+  Iterator firstPending_ GUARDED_BY(mutex_);  // the first pending element, or a claimed chunk before it
   Iterator head_;                             // the chunk being consumed; the consumer alone sets it, with the mutex
   std::size_t claimedCount_ GUARDED_BY(mutex_) = 1;
   std::size_t heldBytes_ GUARDED_BY(mutex_) = 0;  // of what was read and not yet consumed

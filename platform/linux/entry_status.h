@@ -14,12 +14,10 @@ namespace dunmere {
 /// are read of regular files only. Nothing is opened or mounted; none when the attributes cannot be read. Any thread.
 std::optional<EntryAttributes> entryStatus(int folder, const char* name);
 
-/// The stamp of an open folder, as OpenFolder::stamp() promises it: only for a file system of this machine's own that
-/// notes every change. Any thread.
+/// The stamp of an open folder, as OpenFolder::stamp() promises it: only on local file systems. Any thread.
 std::optional<FolderStamp> folderStamp(int folder);
 
-/// Whether the open folder `folder` lies on a file system whose files take space on a disk, not on one of the kernel's
-/// views of itself. Any thread.
+/// As OpenFolder::takesDiskSpace(). Any thread.
 bool takesDiskSpace(int folder);
 
 /// Finds what `name` in the open folder `folder` leads to in the end, without opening it for reading. May wait for the

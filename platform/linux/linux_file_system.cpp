@@ -93,7 +93,7 @@ class LinuxFileSystem final : public FileSystem {
     return measure(volume.url.path(), volume, true);
   }
 
-  /// A mount point that is not offered is not touched: only that is told. `url` is not standardized through links.
+  /// Of a mount point that is not offered it tells only that, and does not ask its file system.
   std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) override {
     const auto mounts = readMountTable();
     if (!mounts) return openFailure(url, mounts.error());

@@ -21,7 +21,7 @@ class LinuxOpenFolder final : public PosixOpenFolder {
                                                                           const FileUrl& url, EntryDetail detail);
 
   std::expected<void, SweepError> readEntries(EntryBatch& batch) override;
-  /// Only for a file system of this machine's own, which notes every change.
+  /// Only on local file systems.
   std::optional<FolderStamp> stamp() override;
   std::expected<void, SweepError> measure(EntryBatch& batch) override;
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openChild(std::string_view name) override;

@@ -71,7 +71,7 @@ class MacosFileSystem final : public FileSystem {
   }
 
   using FileSystem::volumeValues;
-  /// A volume that is not meant for people is not asked for anything but that.
+  /// Of a volume that is hidden from people it tells only that, and does not ask its file system.
   std::expected<VolumeValues, SweepError> volumeValues(const FileUrl& url) override {
     const auto mounted = dunmere::mountedVolumes();
     if (!mounted) return openFailure(url, mounted.error());

@@ -25,8 +25,8 @@ class AutoreleasePool {
   void* const pool_;
 };
 
-/// [receiver selector:arguments…]. The types are the caller's word: they must be those of the method, to the letter. A
-/// message to nil does nothing and gives zero.
+/// [receiver selector:arguments…]. The types must be exactly those of the method; nothing checks them. A message to nil
+/// does nothing and gives zero.
 template <typename Result = id, typename... Arguments>
 Result send(id receiver, const char* selector, Arguments... arguments) {
   const auto message = reinterpret_cast<Result (*)(id, SEL, Arguments...)>(objc_msgSend);

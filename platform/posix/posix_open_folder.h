@@ -29,7 +29,7 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
   /// Opens a folder that has a parent; not if it is a link. To be called once, before anything else.
   std::expected<void, SweepError> openBelowParent();
 
-  /// The open descriptor, opened again if need be; at its first entry when its generation is another than before.
+  /// The open descriptor, opened again if need be: with a new generation it stands at the first entry.
   std::expected<Pin, int> descriptor();
 
   FolderDescriptors& descriptors() const { return descriptors_; }

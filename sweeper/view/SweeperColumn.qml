@@ -100,7 +100,7 @@ Rectangle {
             return walk(event.key) || press(event) || selectTyped(event.text);
         }
 
-        // Without a row to start from, an arrow key takes the end that it comes from.
+        // Without a row to start from, Down goes to the first row and Up to the last.
         function walk(key: int): bool {
             const from = root.rows.focusedRow;
             const rowsPerPage = Math.max(1, Math.floor(height * count / contentHeight) - 1);

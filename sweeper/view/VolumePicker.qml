@@ -82,7 +82,7 @@ Item {
             root.viewModel.selectVolume(row);
         }
 
-        // Without a selection an arrow key takes the end that it comes from.
+        // Without a selection, Down goes to the first row and Up to the last.
         function handleKey(event: KeyEvent): bool {
             if (event.modifiers & (Qt.ControlModifier | Qt.AltModifier | Qt.MetaModifier))
                 return false;
