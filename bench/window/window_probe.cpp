@@ -181,7 +181,7 @@ class Disturbances {
     const ColumnListModel& columns = *pane_.columns();
     for (int column = watched_; column < columns.count(); ++column) {
       auto* const rows = columns.data(columns.index(column), ColumnListModel::RowsRole).value<RowListModel*>();
-      QObject::connect(rows, &RowListModel::countChanged, &context_, [this, rows] {
+      QObject::connect(rows, &RowListModel::updated, &context_, [this, rows] {
         if (rows->count() == 0) ++vanished_;
       });
     }

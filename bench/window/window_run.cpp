@@ -81,7 +81,7 @@ void WindowRun::runUntilColumnHasRows(int column) {
   QEventLoop loop;
   RowListModel* const rows = rowsOf(column);
   if (!rows) fail(u"there is no column %1"_s.arg(column));
-  QObject::connect(rows, &RowListModel::countChanged, &loop, &QEventLoop::quit);
+  QObject::connect(rows, &RowListModel::rowsInserted, &loop, &QEventLoop::quit);
   if (rows->count() == 0) loop.exec();
 }
 

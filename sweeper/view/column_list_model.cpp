@@ -7,24 +7,14 @@
 
 namespace dunmere {
 
-ColumnListModel::ColumnListModel(QObject* parent) : QAbstractListModel(parent) {}
-
 void ColumnListModel::update(const DiskSweeperPane& pane) {
-  const int countBefore = count();
   const std::vector<FileUrl>& folders = pane.pathDirectories();
   const std::size_t open = std::min(folders.size(), pane.columnChildren().size());
   std::size_t kept = 0;
   while (kept < std::min(open, columns_.size()) && columns_[kept].folder == folders[kept]) ++kept;
   closeColumnsFrom(kept);
-  for (std::size_t depth = 0; depth < kept; ++depth) {
-    updateColumn(depth, pane);
-  }
+  for (std::size_t depth = 0; depth < kept; ++depth) updateColumn(depth, pane);
   openColumnsUpTo(open, pane);
-  if (count() != countBefore) Q_EMIT countChanged();
-}
-
-int ColumnListModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : count();
 }
 
 QVariant ColumnListModel::data(const QModelIndex& index, int role) const {
@@ -40,10 +30,6 @@ QVariant ColumnListModel::data(const QModelIndex& index, int role) const {
     default:
       return {};
   }
-}
-
-QHash<int, QByteArray> ColumnListModel::roleNames() const {
-  return {{RowsRole, "rows"}, {FolderNameRole, "folderName"}, {IsReadingRole, "isReading"}};
 }
 
 void ColumnListModel::updateColumn(std::size_t depth, const DiskSweeperPane& pane) {

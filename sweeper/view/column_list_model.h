@@ -19,22 +19,20 @@ class ColumnListModel : public QAbstractListModel {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("Columns come from a SweeperViewModel.")
-  Q_PROPERTY(int count READ count NOTIFY countChanged FINAL)
 
  public:
   enum Role { RowsRole = Qt::UserRole + 1, FolderNameRole, IsReadingRole };
 
-  explicit ColumnListModel(QObject* parent = nullptr);
+  using QAbstractListModel::QAbstractListModel;
 
   void update(const DiskSweeperPane& pane);
 
   int count() const { return static_cast<int>(columns_.size()); }
-  int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+  int rowCount(const QModelIndex& parent = QModelIndex()) const override { return parent.isValid() ? 0 : count(); }
   QVariant data(const QModelIndex& index, int role) const override;
-  QHash<int, QByteArray> roleNames() const override;
-
- Q_SIGNALS:
-  void countChanged();
+  QHash<int, QByteArray> roleNames() const override {
+    return {{RowsRole, "rows"}, {FolderNameRole, "folderName"}, {IsReadingRole, "isReading"}};
+  }
 
  private:
   struct Column {

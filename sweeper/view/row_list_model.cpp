@@ -19,8 +19,6 @@ int toInt(std::size_t row) {
 
 }  // namespace
 
-RowListModel::RowListModel(QObject* parent) : QAbstractListModel(parent) {}
-
 void RowListModel::update(const ColumnRows& rows, std::optional<std::size_t> selectedRow) {
   if (rows.generation() == shown_.generation() && selectedRow == selectedRow_) return;
   const QPersistentModelIndex oldSelected(selectedRow_ ? index(toInt(*selectedRow_)) : QModelIndex());
@@ -68,12 +66,10 @@ void RowListModel::changeRows() {
 
 /// Tells what `change` does to the rows that the mouse and the keyboard are at.
 void RowListModel::keepPlaces(const std::function<void()>& change) {
-  const int countBefore = count();
   const int pressedBefore = pressedRow();
   const int focusedBefore = focusedRow();
   Q_EMIT aboutToUpdate();
   change();
-  if (count() != countBefore) Q_EMIT countChanged();
   if (pressedRow() != pressedBefore) Q_EMIT pressedRowChanged();
   const bool focusedGone = focusedBefore >= 0 && focusedRow() < 0;
   if (focusedGone) focusedRow_ = index(std::min(focusedBefore, count() - 1));
@@ -91,10 +87,6 @@ void RowListModel::setFocusedRow(int row) {
   if (row == focusedRow()) return;
   focusedRow_ = QPersistentModelIndex(index(row));
   Q_EMIT focusedRowChanged();
-}
-
-int RowListModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : count();
 }
 
 QVariant RowListModel::data(const QModelIndex& index, int role) const {

@@ -24,7 +24,6 @@ class RowListModel : public QAbstractListModel {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("Rows come from the columns of a SweeperViewModel.")
-  Q_PROPERTY(int count READ count NOTIFY countChanged FINAL)
   /// The row that the mouse button went down on, -1 for none. Follows the row; -1 when the row goes.
   Q_PROPERTY(int pressedRow READ pressedRow WRITE setPressedRow NOTIFY pressedRowChanged FINAL)
   /// The row that the keyboard acts on, -1 for none. Follows the row; when the row goes, the row that takes its
@@ -42,7 +41,7 @@ class RowListModel : public QAbstractListModel {
     SelectedRole,
   };
 
-  explicit RowListModel(QObject* parent = nullptr);
+  using QAbstractListModel::QAbstractListModel;
 
   /// Shows `rows`, children of one folder, and marks the one at `selectedRow`. Applies the changes that come with them
   /// when they follow the rows that are shown, else replaces all rows.
@@ -54,12 +53,11 @@ class RowListModel : public QAbstractListModel {
   int focusedRow() const { return focusedRow_.row(); }
   void setFocusedRow(int row);
 
-  int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+  int rowCount(const QModelIndex& parent = QModelIndex()) const override { return parent.isValid() ? 0 : count(); }
   QVariant data(const QModelIndex& index, int role) const override;
   QHash<int, QByteArray> roleNames() const override;
 
  Q_SIGNALS:
-  void countChanged();
   void pressedRowChanged();
   void focusedRowChanged();
   void aboutToUpdate();  ///< an update that changes which rows stand where begins

@@ -18,14 +18,12 @@ int rowOf(const SweeperVolume& volume, const std::vector<SweeperVolume>& volumes
 }  // namespace
 
 void VolumeListModel::update(const std::vector<SweeperVolume>& volumes) {
-  const int countBefore = count();
   for (int row = count() - 1; row >= 0; --row) {
     if (rowOf(volumes_[static_cast<std::size_t>(row)], volumes) < 0) remove(row);
   }
   int row = 0;
   for (const SweeperVolume& volume : volumes) bringTo(row++, volume);
   while (count() > row) remove(row);  // one that was listed twice
-  if (count() != countBefore) Q_EMIT countChanged();
 }
 
 void VolumeListModel::remove(int row) {

@@ -16,12 +16,11 @@ class VolumeListModel : public QAbstractListModel {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("Volumes come from a SweeperViewModel.")
-  Q_PROPERTY(int count READ count NOTIFY countChanged FINAL)
 
  public:
   enum Role { NameRole = Qt::UserRole + 1, DetailTextRole };
 
-  explicit VolumeListModel(QObject* parent = nullptr) : QAbstractListModel(parent) {}
+  using QAbstractListModel::QAbstractListModel;
 
   void update(const std::vector<SweeperVolume>& volumes);
 
@@ -29,9 +28,6 @@ class VolumeListModel : public QAbstractListModel {
   int rowCount(const QModelIndex& parent = QModelIndex()) const override { return parent.isValid() ? 0 : count(); }
   QVariant data(const QModelIndex& index, int role) const override;
   QHash<int, QByteArray> roleNames() const override { return {{NameRole, "name"}, {DetailTextRole, "detailText"}}; }
-
- Q_SIGNALS:
-  void countChanged();
 
  private:
   void remove(int row);

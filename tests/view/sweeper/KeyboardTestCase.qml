@@ -65,7 +65,7 @@ TestCase {
     }
 
     function openColumns(): int {
-        return harness.viewModel.columns.count;
+        return harness.viewModel.columns.rowCount();
     }
 
     function list(column: int): Item {
@@ -100,7 +100,7 @@ TestCase {
         const names = [];
         for (let column = 0; column < openColumns(); ++column) {
             const rows = item("sweeperColumn" + column).rows;
-            for (let row = 0; row < rows.count; ++row) {
+            for (let row = 0; row < rows.rowCount(); ++row) {
                 if (rows.data(rows.index(row, 0), Qt.UserRole + 7))
                     names.push(rows.data(rows.index(row, 0), Qt.UserRole + 1));
             }

@@ -76,7 +76,7 @@ TestCase {
     }
 
     function openColumns(): int {
-        return harness.viewModel.columns.count;
+        return harness.viewModel.columns.rowCount();
     }
 
     function test_geometry() {

@@ -47,7 +47,7 @@ TestCase {
 
     function layOut() {
         findChild(pane, "columnRow").forceLayout();
-        for (let column = 0; column < harness.viewModel.columns.count; ++column)
+        for (let column = 0; column < harness.viewModel.columns.rowCount(); ++column)
             rowList(column).forceLayout();
     }
 
@@ -168,7 +168,7 @@ TestCase {
         compare(list.currentItem.name, focused);
         verify(list.currentItem.activeFocus);
         keyClick(Qt.Key_Space);
-        compare(harness.viewModel.columns.count, 2);
+        compare(harness.viewModel.columns.rowCount(), 2);
         compare(harness.viewModel.footerStatus.startsWith("Indexing"), true);
         verify(findChild(pane, "sweeperColumn1").folderName === focused);
     }
@@ -181,7 +181,7 @@ TestCase {
         applySnapshots(30 * 6);
         verify(nameAt(list, 28 * 4 + 14) !== pressed, "another row stands under the mouse");
         mouseRelease(list, 50, 28 * 4 + 14);
-        compare(harness.viewModel.columns.count, 2);
+        compare(harness.viewModel.columns.rowCount(), 2);
         compare(findChild(pane, "sweeperColumn1").folderName, pressed);
     }
 
@@ -197,7 +197,7 @@ TestCase {
         compare(list.mapToItem(pane, 50, 28 * 4 + 14).y, place.y - 33, "the strip above the column is gone");
         mouseMove(pane, place.x, place.y + 1);
         mouseRelease(pane, place.x, place.y + 1);
-        compare(harness.viewModel.columns.count, 2);
+        compare(harness.viewModel.columns.rowCount(), 2);
         compare(findChild(pane, "sweeperColumn1").folderName, pressed);
     }
 
@@ -206,7 +206,7 @@ TestCase {
         mousePress(list, 50, 28 * 4 + 14);
         list.contentY += 28 * 6;
         mouseRelease(list, 50, 28 * 4 + 14);
-        compare(harness.viewModel.columns.count, 1);
+        compare(harness.viewModel.columns.rowCount(), 1);
     }
 
     function test_aPressOnARowThatGoesAwayIsNoClick() {
@@ -217,7 +217,7 @@ TestCase {
         harness.removeEntry("/root/" + pressed);
         applySnapshots(1);
         mouseRelease(list, 50, 28 * 4 + 14);
-        compare(harness.viewModel.columns.count, 1);
+        compare(harness.viewModel.columns.rowCount(), 1);
     }
 
     function test_scrolledToTheEndAShrunkenColumnShowsItsEnd() {
@@ -336,7 +336,7 @@ TestCase {
         const above = nameAt(list, 0);
         harness.viewModel.confirmedTrash();
         layOut();
-        compare(harness.viewModel.columns.count, 1);
+        compare(harness.viewModel.columns.rowCount(), 1);
         compare(list.count, 59);
         compare(scrolledBy(list), 28 * 7 + 3);
         compare(nameAt(list, 0), above);

@@ -129,7 +129,7 @@ TestCase {
         compare(harness.trashed, ["/root/Photos"]);
         tryCompare(question, "visible", false);
         compare(harness.viewModel.confirmTrash, false);
-        compare(harness.viewModel.columns.count, 1);
+        compare(harness.viewModel.columns.rowCount(), 1);
         compare(harness.rowOf(0, "Photos"), -1);
     }
 
@@ -140,7 +140,7 @@ TestCase {
         compare(part("trashConfirmTitle").text, "Move “one.jpg” to Trash?");
         mouseClick(part("trashConfirmMove"));
         compare(harness.trashed, ["/root/Photos/one.jpg"]);
-        compare(harness.viewModel.columns.count, 2);
+        compare(harness.viewModel.columns.rowCount(), 2);
         compare(harness.rowOf(1, "one.jpg"), -1);
         compare(harness.rowOf(1, "two.jpg"), 0);
     }
@@ -227,7 +227,7 @@ TestCase {
         mouseClick(pane, 5, 5);
         verify(question.visible);
         compare(harness.viewModel.confirmTrash, true);
-        compare(harness.viewModel.columns.count, 1);
+        compare(harness.viewModel.columns.rowCount(), 1);
     }
 
     function test_aLongNameWrapsInsideTheCard() {
