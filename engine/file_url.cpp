@@ -3,7 +3,6 @@
 #include <algorithm>
 
 namespace dunmere {
-
 namespace {
 
 std::string_view withoutTrailingSlashes(std::string_view path) {

@@ -5,7 +5,6 @@
 #include <string_view>
 
 namespace dunmere {
-
 namespace {
 
 struct Unit {

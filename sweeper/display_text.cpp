@@ -6,7 +6,6 @@
 #include <utility>
 
 namespace dunmere {
-
 namespace {
 
 struct Decoded {

@@ -1,7 +1,6 @@
 #include "engine/inventory/packed_files.h"
 
 namespace dunmere {
-
 namespace {
 
 constexpr std::uint64_t kBlockBytes = 512;

@@ -5,7 +5,6 @@
 #include "engine/inventory/path_tree.h"
 
 namespace dunmere {
-
 namespace {
 
 using FolderIndex = PathTree::FolderIndex;

@@ -6,7 +6,6 @@
 #include <string>
 
 namespace dunmere {
-
 namespace {
 
 PackedFile recordAt(const PathTree& tree, PathTree::TextIndex& position) {

@@ -7,7 +7,6 @@
 #include "engine/inventory/packed_files.h"
 
 namespace dunmere {
-
 namespace {
 
 // The document types of desktop systems that are stored as folders. Left out on purpose are extensions that ordinary

@@ -12,7 +12,6 @@
 #include "engine/scan/read_ahead.h"
 
 namespace dunmere {
-
 namespace {
 
 using ScanResult = DiskSweeperScan::ScanResult;

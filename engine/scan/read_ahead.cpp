@@ -4,7 +4,6 @@
 #include <utility>
 
 namespace dunmere {
-
 namespace {
 
 // Enough to keep every reader busy while the consumer is held up, and small against what is counted; see

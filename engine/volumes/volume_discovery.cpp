@@ -10,7 +10,6 @@
 #include "engine/disk_sweeper_scan.h"
 
 namespace dunmere {
-
 namespace {
 
 constexpr std::string_view kSystemVolumesPrefix = "/System/Volumes/";

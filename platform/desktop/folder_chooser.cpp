@@ -14,7 +14,6 @@
 #include <QWindow>
 
 namespace dunmere {
-
 namespace {
 
 /// QFileDialog stores its layout and history when it closes. This program stores nothing, so its settings go to

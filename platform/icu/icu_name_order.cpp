@@ -13,7 +13,6 @@
 #include <vector>
 
 namespace dunmere {
-
 namespace {
 
 [[noreturn]] void fail(const char* what, UErrorCode code) {

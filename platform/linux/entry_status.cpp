@@ -20,7 +20,6 @@
 #include "platform/posix/system_values.h"
 
 namespace dunmere {
-
 namespace {
 
 /// The kernel's, from statx(2). Debian 12's headers are older.

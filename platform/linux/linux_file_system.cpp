@@ -17,7 +17,6 @@
 #include "platform/posix/system_values.h"
 
 namespace dunmere {
-
 namespace {
 
 /// Stands for the root folder where the table does not list its mount, as in a changed root.

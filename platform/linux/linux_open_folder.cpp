@@ -13,7 +13,6 @@
 #include "platform/linux/entry_status.h"
 
 namespace dunmere {
-
 namespace {
 
 /// The kind by the directory record, or all attributes where it has none. None when they cannot be read.

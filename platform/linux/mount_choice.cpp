@@ -10,7 +10,6 @@
 #include "platform/posix/paths.h"
 
 namespace dunmere {
-
 namespace {
 
 template <std::size_t size>

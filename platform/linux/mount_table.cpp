@@ -14,7 +14,6 @@
 #include "platform/posix/paths.h"
 
 namespace dunmere {
-
 namespace {
 
 using Table = std::unique_ptr<libmnt_table, decltype(&mnt_unref_table)>;

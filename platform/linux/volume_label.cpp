@@ -9,7 +9,6 @@
 #include <memory>
 
 namespace dunmere {
-
 namespace {
 
 std::optional<dev_t> deviceNumber(const std::string& path) {

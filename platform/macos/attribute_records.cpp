@@ -8,7 +8,6 @@
 #include "platform/macos/attribute_layout.h"
 
 namespace dunmere {
-
 namespace {
 
 using namespace attribute_layout;

@@ -12,7 +12,6 @@
 #include "platform/macos/attribute_layout.h"
 
 namespace dunmere {
-
 namespace {
 
 namespace layout = attribute_layout;

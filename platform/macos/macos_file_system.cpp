@@ -15,7 +15,6 @@
 #include "platform/posix/system_values.h"
 
 namespace dunmere {
-
 namespace {
 
 using objective_c::classNamed;

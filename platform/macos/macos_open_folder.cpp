@@ -9,7 +9,6 @@
 #include "platform/macos/attribute_request.h"
 
 namespace dunmere {
-
 namespace {
 
 /// What the system answers instead of fetching a file or folder from the cloud, see MacosFileSystem.

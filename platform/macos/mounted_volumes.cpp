@@ -8,7 +8,6 @@
 #include <iterator>
 
 namespace dunmere {
-
 namespace {
 
 static_assert(MountedVolume::kNotForBrowsing == MNT_DONTBROWSE);

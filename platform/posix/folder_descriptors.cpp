@@ -7,7 +7,6 @@
 #include <algorithm>
 
 namespace dunmere {
-
 namespace {
 
 std::optional<FolderIdentity> identityOf(int folder) {

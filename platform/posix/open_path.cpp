@@ -8,7 +8,6 @@
 #include <string>
 
 namespace dunmere {
-
 namespace {
 
 /// For the folders on the way, which need search permission only.

@@ -6,7 +6,6 @@
 #include <cerrno>
 
 namespace dunmere {
-
 namespace {
 
 /// By ASCII value, never by the locale.

@@ -11,7 +11,6 @@
 #include "platform/posix/system_values.h"
 
 namespace dunmere {
-
 namespace {
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;

@@ -9,7 +9,6 @@
 #include "platform/posix/paths.h"
 
 namespace dunmere {
-
 namespace {
 
 // https://www.freedesktop.org/wiki/Specifications/file-manager-interface/

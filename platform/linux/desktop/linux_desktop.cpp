@@ -13,7 +13,6 @@
 #include "platform/trash.h"
 
 namespace dunmere {
-
 namespace {
 
 namespace fs = std::filesystem;

@@ -4,7 +4,6 @@
 #include "platform/trash.h"
 
 namespace dunmere {
-
 namespace {
 
 using objective_c::classNamed;
