@@ -15,18 +15,11 @@ PlainButton {
 
     objectName: "primaryButton"
     text: title
+    titleColor: AppTheme.onAccent
+    font.weight: Font.DemiBold
     horizontalPadding: 18
     verticalPadding: 10
 
-    contentItem: AppText {
-        objectName: "title"
-        text: root.title
-        color: AppTheme.onAccent
-        font.pixelSize: 14
-        font.weight: Font.DemiBold
-        horizontalAlignment: Text.AlignHCenter
-        Accessible.ignored: true
-    }
     background: ContinuousRectangle {
         objectName: "background"
         radius: AppTheme.cornerRadius

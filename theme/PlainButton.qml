@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Dunmere.Theme
 
-// A button without decoration of its own: its content, pressable over its whole rectangle. It dims as a whole while
-// pressed or disabled, takes the focus by keyboard only, and then shows a thin ring.
+// A button without decoration of its own: its text or another content, pressable over its whole rectangle. It dims as a
+// whole while pressed or disabled, takes the focus by keyboard only, and then shows a thin ring.
 T.AbstractButton {
     id: root
 
@@ -11,13 +11,14 @@ T.AbstractButton {
     property string helpText
     /// False for a button whose container shows the disabled state otherwise.
     property bool dimsWhenDisabled: true
-    property real focusRingRadius: AppTheme.cornerRadius + 2
+    property color titleColor: AppTheme.primaryText
 
     // Rounded up: texts have fractional widths, and the background's edge must not fall between pixels.
     implicitWidth: Math.ceil(implicitContentWidth) + leftPadding + rightPadding
     implicitHeight: Math.ceil(implicitContentHeight) + topPadding + bottomPadding
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
+    font.pixelSize: 14
     opacity: !enabled ? (dimsWhenDisabled ? AppTheme.disabledOpacity : 1) : down ? AppTheme.pressedOpacity : 1
 
     Accessible.role: Accessible.Button
@@ -26,6 +27,16 @@ T.AbstractButton {
 
     Keys.onReturnPressed: event => root.clickOnce(event)
     Keys.onEnterPressed: event => root.clickOnce(event)
+
+    contentItem: AppText {
+        objectName: "title"
+        text: root.text
+        color: root.titleColor
+        font.pixelSize: root.font.pixelSize
+        font.weight: root.font.weight
+        horizontalAlignment: Text.AlignHCenter
+        Accessible.ignored: true
+    }
 
     /// A held key clicks once.
     function clickOnce(event: KeyEvent) {
@@ -36,7 +47,7 @@ T.AbstractButton {
     FocusRing {
         objectName: "focusRing"
         anchors.margins: -2
-        radius: root.focusRingRadius
+        radius: AppTheme.cornerRadius + 2
         antialiasing: true
         visible: LastInput.isKeyboard && root.activeFocus
     }
