@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <climits>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,17 @@ using Chain = std::vector<std::shared_ptr<OpenFolder>>;
 void limitDescriptors(rlim_t count) {
   const rlimit limit{.rlim_cur = count, .rlim_max = count};
   ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+}
+
+/// Has `check` done in a process that may open so many files.
+void withFewDescriptors(rlim_t count, const std::function<void(FileSystem&)>& check) {
+  const auto result = runInChild([&] {
+    limitDescriptors(count);
+    const auto files = makePlatformFileSystem();
+    check(*files);
+    return 0;
+  });
+  EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
 std::ptrdiff_t openDescriptors() {
@@ -67,10 +79,8 @@ TEST(DeepFolder, TenThousandLevelsWithSiblingsUnderATightLimit) {
   constexpr std::size_t kDepth = 10'000;
   const TemporaryTree tree(fastFolder());
   tree.chain("", kDepth, "d", 3);
-  const auto result = runInChild([&tree] {
-    limitDescriptors(200);
-    const auto files = makePlatformFileSystem();
-    Chain chain = openChain(*files, tree.url(), kDepth, "d");
+  withFewDescriptors(200, [&tree](FileSystem& files) {
+    Chain chain = openChain(files, tree.url(), kDepth, "d");
     EXPECT_LE(openDescriptors(), 120);
     // Back up, as a depth-first walk goes, with several sub-folders still to open on each level.
     for (; chain.size() > 1; chain.pop_back()) {
@@ -81,88 +91,66 @@ TEST(DeepFolder, TenThousandLevelsWithSiblingsUnderATightLimit) {
         EXPECT_TRUE(contentsOf(**child).empty());
       }
     }
-    return 0;
   });
-  EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
 TEST(DeepFolder, TopmostChildrenOpenAfterTheWholeDepthWasOpened) {
   const TemporaryTree tree;
   tree.chain("", 500, "d", 1);
-  const auto result = runInChild([&tree] {
-    limitDescriptors(32);
-    const auto files = makePlatformFileSystem();
-    const Chain chain = openChain(*files, tree.url(), 500, "d");
+  withFewDescriptors(32, [&tree](FileSystem& files) {
+    const Chain chain = openChain(files, tree.url(), 500, "d");
     for (const std::size_t level : {0, 250, 499, 1, 498, 0}) EXPECT_TRUE(chain[level]->openChild("s0")) << level;
-    return 0;
   });
-  EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
 TEST(DeepFolder, ReadingGoesOnWhereItWasWhenItsDescriptorWasClosed) {
   const TemporaryTree tree;
   tree.chain("", 100, "d");
   for (int i = 0; i < 6000; ++i) tree.file("d/a file with a name of middle length " + std::to_string(i));
-  const auto result = runInChild([&tree] {
-    limitDescriptors(32);
-    const auto files = makePlatformFileSystem();
-    const auto folder = opened(*files, tree.url())->openChild("d").value();
+  withFewDescriptors(32, [&tree](FileSystem& files) {
+    const auto folder = opened(files, tree.url())->openChild("d").value();
     EntryBatch first;
-    if (!folder->readEntries(first)) return 3;
+    ASSERT_TRUE(folder->readEntries(first));
     Chain below = {folder};
     for (int i = 0; i < 99; ++i) below.push_back(below.back()->openChild("d").value());
     EXPECT_EQ(contentsOf(*folder).size() + first.size(), 6001u);
-    return 0;
   });
-  EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
 TEST(DeepFolder, ClosedFolderReplacedByAnotherIsStale) {
   const TemporaryTree tree;
   tree.chain("", 100, "d");
-  const auto result = runInChild([&tree] {
-    limitDescriptors(32);
-    const auto files = makePlatformFileSystem();
-    const Chain chain = openChain(*files, tree.url(), 100, "d");
+  withFewDescriptors(32, [&tree](FileSystem& files) {
+    const Chain chain = openChain(files, tree.url(), 100, "d");
     tree.rename("d", "moved");
     tree.folder("d/d");
     EXPECT_EQ(errorOf(chain[1]->openChild("d")), ESTALE);
     EXPECT_EQ(errorOf(chain[2]->openChild("d")), ESTALE);
     EXPECT_TRUE(chain[0]->openChild("moved"));
     EXPECT_TRUE(contentsOf(*chain[100]).empty());
-    return 0;
   });
-  EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
 TEST(DeepFolder, ClosedFolderReplacedByALinkIsNotFollowed) {
   const TemporaryTree tree;
   tree.chain("", 100, "d");
-  const auto result = runInChild([&tree] {
-    limitDescriptors(32);
-    const auto files = makePlatformFileSystem();
-    const Chain chain = openChain(*files, tree.url(), 100, "d");
+  withFewDescriptors(32, [&tree](FileSystem& files) {
+    const Chain chain = openChain(files, tree.url(), 100, "d");
     tree.rename("d", "moved");
     tree.link("d", "moved");
     EXPECT_EQ(errorOf(chain[1]->openChild("d")), ENOTDIR);
-    return 0;
   });
-  EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
 TEST(DeepFolder, OtherFilesOfTheProcessMayTakeTheDescriptors) {
   const TemporaryTree tree;
   tree.chain("", 100, "d");
-  const auto result = runInChild([&tree] {
-    limitDescriptors(64);
-    const auto files = makePlatformFileSystem();
-    Chain chain = openChain(*files, tree.url(), 50, "d");
+  withFewDescriptors(64, [&tree](FileSystem& files) {
+    Chain chain = openChain(files, tree.url(), 50, "d");
     while (::open("/dev/null", O_RDONLY | O_CLOEXEC) >= 0) continue;
     EXPECT_EQ(errno, EMFILE);
     while (chain.size() < 100) chain.push_back(chain.back()->openChild("d").value());
-    return 0;
   });
-  EXPECT_EQ(result.exitCode, 0) << result.output;
 }
 
 TEST(DeepFolder, DescriptorsGoWithTheirFolders) {

@@ -1,5 +1,6 @@
 #include "tests/view/shell/shell_harness.h"
 
+#include <QtQml>
 #include <vector>
 
 #include "tests/support/background_queue.h"
@@ -9,6 +10,14 @@
 #include "tests/support/memory_file_system.h"
 
 namespace dunmere::test {
+namespace {
+
+void registerShellHarness() {
+  qmlRegisterType<ShellHarness>("Dunmere.ShellTest", 1, 0, "ShellHarness");
+}
+Q_COREAPP_STARTUP_FUNCTION(registerShellHarness)
+
+}  // namespace
 
 struct ShellHarness::World {
   MemoryFileSystem fileSystem;

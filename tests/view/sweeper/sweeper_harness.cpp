@@ -1,6 +1,7 @@
 #include "tests/view/sweeper/sweeper_harness.h"
 
 #include <QFile>
+#include <QtQml>
 #include <system_error>
 
 namespace dunmere::test {
@@ -21,6 +22,11 @@ QStringList textsOf(const std::vector<FileUrl>& urls) {
     texts.append(QString::fromLatin1(url.bytes().data(), static_cast<int>(url.bytes().size())));
   return texts;
 }
+
+void registerSweeperHarness() {
+  qmlRegisterType<SweeperHarness>("Dunmere.SweeperTest", 1, 0, "SweeperHarness");
+}
+Q_COREAPP_STARTUP_FUNCTION(registerSweeperHarness)
 
 }  // namespace
 

@@ -1,4 +1,4 @@
-// Runs the QML tests of the theme.
+// Runs the QML tests of one room.
 #include <QQmlEngine>
 #include <QtQuickTest>
 
@@ -13,6 +13,6 @@ class Setup : public QObject {
 
 }  // namespace dunmere::test
 
-QUICK_TEST_MAIN_WITH_SETUP(theme_views, dunmere::test::Setup)
+QUICK_TEST_MAIN_WITH_SETUP(views, dunmere::test::Setup)
 
 #include "main.moc"
