@@ -9,42 +9,13 @@
 namespace dunmere {
 namespace {
 
-// The document types of desktop systems that are stored as folders. Left out on purpose are extensions that ordinary
-// folders use as well (download, numbers, pages, service …), because a package counts no bytes. Sorted for the search.
-constexpr std::string_view kExtensions[] = {"aplibrary",
-                                            "app",
-                                            "appex",
-                                            "band",
-                                            "bundle",
-                                            "docset",
-                                            "dsym",
-                                            "fcpbundle",
-                                            "imovielibrary",
-                                            "kext",
-                                            "logicx",
-                                            "mdimporter",
-                                            "migratedphotolibrary",
-                                            "musiclibrary",
-                                            "photolibrary",
-                                            "photoslibrary",
-                                            "playground",
-                                            "plugin",
-                                            "prefpane",
-                                            "pvm",
-                                            "qlgenerator",
-                                            "rtfd",
-                                            "saver",
-                                            "scptd",
-                                            "sparsebundle",
-                                            "tvlibrary",
-                                            "vmwarevm",
-                                            "wdgt",
-                                            "xcarchive",
-                                            "xcodeproj",
-                                            "xctest",
-                                            "xcworkspace",
-                                            "xpc"};
-static_assert(std::ranges::is_sorted(kExtensions));
+// The document types of desktop systems that are stored as folders, each between two dots, which none of them holds.
+// Left out on purpose are extensions that ordinary folders use as well (download, numbers, pages, service …), because a
+// package counts no bytes.
+constexpr std::string_view kExtensions =
+    ".aplibrary.app.appex.band.bundle.docset.dsym.fcpbundle.imovielibrary.kext.logicx.mdimporter"
+    ".migratedphotolibrary.musiclibrary.photolibrary.photoslibrary.playground.plugin.prefpane.pvm.qlgenerator.rtfd"
+    ".saver.scptd.sparsebundle.tvlibrary.vmwarevm.wdgt.xcarchive.xcodeproj.xctest.xcworkspace.xpc.";
 
 /// Whether the folder was removed meanwhile: then it holds nothing, which is no failure to read it.
 bool isGone(const SweepError& error) {
@@ -56,7 +27,7 @@ bool isGone(const SweepError& error) {
 bool isPackageName(std::string_view name) {
   const std::size_t dot = name.rfind('.');
   if (dot == std::string_view::npos || dot == 0) return false;
-  return std::ranges::binary_search(kExtensions, asciiLowerCased(std::string(name.substr(dot + 1))));
+  return kExtensions.contains(asciiLowerCased(std::string(name.substr(dot))) + '.');
 }
 
 void FolderNames::add(std::string names) {
