@@ -31,20 +31,17 @@ void addDot(SymbolDrawing& drawing, QPointF centre, qreal radius) {
   drawing.fills.addEllipse(centre, radius, radius);
 }
 
-SymbolDrawing splitRectangle(const SymbolGrid& grid) {
-  SymbolDrawing drawing;
+void splitRectangle(const SymbolGrid& grid, SymbolDrawing& drawing) {
   addBox(drawing, grid.fitted(-0.58, -0.43), grid.fitted(0.58, 0.43), cornerEms * grid.em);
   addLine(drawing, grid.fitted(-0.2, -0.43), grid.fitted(-0.2, 0.43));
   addLine(drawing, grid.fitted(0.2, -0.43), grid.fitted(0.2, 0.43));
-  return drawing;
 }
 
-SymbolDrawing sliders(const SymbolGrid& grid) {
+void sliders(const SymbolGrid& grid, SymbolDrawing& drawing) {
   struct Track {
     qreal y, knob;
   };
   constexpr std::array tracks{Track{-0.36, -0.22}, Track{0, 0.24}, Track{0.36, -0.22}};
-  SymbolDrawing drawing;
   for (const Track& track : tracks) {
     const QPointF knob = grid.fitted(track.knob, track.y);
     const qreal radius = std::max(0.13 * grid.em, 1.5 * grid.stroke);
@@ -52,20 +49,16 @@ SymbolDrawing sliders(const SymbolGrid& grid) {
     drawing.strokes.addEllipse(knob, radius, radius);
     addLine(drawing, knob + QPointF(radius, 0), grid.fitted(0.56, track.y));
   }
-  return drawing;
 }
 
-SymbolDrawing externalDrive(const SymbolGrid& grid) {
-  SymbolDrawing drawing;
+void externalDrive(const SymbolGrid& grid, SymbolDrawing& drawing) {
   addBox(drawing, grid.fitted(-0.58, -0.37), grid.fitted(0.58, 0.37), cornerEms * grid.em);
   addLine(drawing, grid.fitted(-0.58, 0.03), grid.fitted(0.58, 0.03));
   addDot(drawing, grid.free(0.37, 0.21), std::max(0.065 * grid.em, 0.75));
-  return drawing;
 }
 
 /// A drive seen from the front and a little from above: its front is a box, its top narrows towards the back.
-SymbolDrawing internalDrive(const SymbolGrid& grid) {
-  SymbolDrawing drawing;
+void internalDrive(const SymbolGrid& grid, SymbolDrawing& drawing) {
   const qreal radius = cornerEms * grid.em;
   const QPointF frontLeft = grid.fitted(-0.56, 0), frontRight = grid.fitted(0.56, 0);
   addBox(drawing, frontLeft, grid.fitted(0.56, 0.4), radius);
@@ -77,11 +70,9 @@ SymbolDrawing internalDrive(const SymbolGrid& grid) {
   drawing.strokes.quadTo(backRight, backRight + QPointF(0.04 * grid.em, 0.1 * grid.em));
   drawing.strokes.lineTo(frontRight + QPointF(0, radius));
   addDot(drawing, grid.free(0.36, 0.2), std::max(0.06 * grid.em, 0.75));
-  return drawing;
 }
 
-SymbolDrawing trash(const SymbolGrid& grid) {
-  SymbolDrawing drawing;
+void trash(const SymbolGrid& grid, SymbolDrawing& drawing) {
   const qreal radius = 0.1 * grid.em;
   const QPointF lidLeft = grid.fitted(-0.44, -0.4), lidRight = grid.fitted(0.44, -0.4);
   addLine(drawing, lidLeft, lidRight);
@@ -99,11 +90,9 @@ SymbolDrawing trash(const SymbolGrid& grid) {
   drawing.strokes.lineTo(grid.free(0.35, -0.4).x(), lidLeft.y());
   addLine(drawing, grid.fitted(-0.12, -0.18), grid.fitted(-0.12, 0.3));
   addLine(drawing, grid.fitted(0.12, -0.18), grid.fitted(0.12, 0.3));
-  return drawing;
 }
 
-SymbolDrawing folder(const SymbolGrid& grid) {
-  SymbolDrawing drawing;
+void folder(const SymbolGrid& grid, SymbolDrawing& drawing) {
   const qreal radius = cornerEms * grid.em;
   const QPointF topLeft = grid.fitted(-0.58, -0.44), bottomRight = grid.fitted(0.58, 0.44);
   const qreal shoulder = grid.fitted(0, -0.3).y();
@@ -120,21 +109,18 @@ SymbolDrawing folder(const SymbolGrid& grid) {
   path.quadTo(QPointF(topLeft.x(), bottomRight.y()), QPointF(topLeft.x(), bottomRight.y() - radius));
   path.closeSubpath();
   addLine(drawing, grid.fitted(-0.58, -0.08), grid.fitted(0.58, -0.08));
-  return drawing;
 }
 
-SymbolDrawing chevronRight(const SymbolGrid& grid) {
-  SymbolDrawing drawing;
+void chevronRight(const SymbolGrid& grid, SymbolDrawing& drawing) {
   drawing.strokes.moveTo(grid.free(-0.17, -0.36));
   drawing.strokes.lineTo(grid.free(0.19, 0));
   drawing.strokes.lineTo(grid.free(-0.17, 0.36));
-  return drawing;
 }
 
 struct Symbol {
   QStringView name;
   qreal width;
-  SymbolDrawing (*draw)(const SymbolGrid&);
+  void (*draw)(const SymbolGrid&, SymbolDrawing&);
 };
 
 const std::array symbols{
@@ -178,7 +164,10 @@ std::optional<QSizeF> symbolExtent(QStringView name) {
 
 std::optional<SymbolDrawing> symbolDrawing(QStringView name, const SymbolGrid& grid) {
   const Symbol* symbol = symbolNamed(name);
-  return symbol ? std::optional(symbol->draw(grid)) : std::nullopt;
+  if (!symbol) return std::nullopt;
+  SymbolDrawing drawing;
+  symbol->draw(grid, drawing);
+  return drawing;
 }
 
 SymbolIcon::SymbolIcon(QQuickItem* parent) : QQuickPaintedItem(parent) {
