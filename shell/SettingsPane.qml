@@ -10,6 +10,8 @@ Rectangle {
 
     readonly property int blockMaximumWidth: 520
     readonly property int blockPadding: 32
+    readonly property int rowSpacing: 16
+    readonly property int minimumGap: 12
 
     objectName: "settingsPane"
     color: AppTheme.canvas
@@ -46,9 +48,46 @@ Rectangle {
                 width: parent.width
                 color: AppTheme.border
             }
-            FullDiskAccessRow {
+            // The explanation takes as many lines as it needs beside the button, which keeps its size and its place.
+            Item {
+                objectName: "fullDiskAccessRow"
                 width: parent.width
-                onOpenRequested: root.fullDiskAccessRequested()
+                height: Math.max(texts.height, openButton.height)
+
+                Column {
+                    id: texts
+                    objectName: "fullDiskAccessTexts"
+                    width: parent.width - openButton.width - root.minimumGap - 2 * root.rowSpacing
+                    spacing: 4
+
+                    AppText {
+                        objectName: "fullDiskAccessHeading"
+                        width: parent.width
+                        text: qsTr("Full Disk Access")
+                        font.pixelSize: 14
+                        font.weight: Font.DemiBold
+                        wrapMode: Text.Wrap
+                        Accessible.role: Accessible.Heading
+                        Accessible.name: text
+                    }
+                    AppText {
+                        objectName: "fullDiskAccessExplanation"
+                        width: parent.width
+                        text: qsTr("Turn on for Dunmere if sweeps skip folders or Trash fails in protected locations.")
+                        color: AppTheme.secondaryText
+                        font.pixelSize: 13
+                        wrapMode: Text.Wrap
+                        Accessible.role: Accessible.StaticText
+                        Accessible.name: text
+                    }
+                }
+                DunmereSecondaryButton {
+                    id: openButton
+                    objectName: "openButton"
+                    anchors.right: parent.right
+                    title: qsTr("Open…")
+                    onClicked: root.fullDiskAccessRequested()
+                }
             }
         }
     }
