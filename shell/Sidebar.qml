@@ -16,77 +16,71 @@ Rectangle {
     objectName: "sidebar"
     color: AppTheme.canvas
 
-    Flickable {
-        id: rowArea
-        objectName: "sidebarRowArea"
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.top: parent.top
-        anchors.bottom: divider.top
+    Item {
+        anchors.fill: parent
+        anchors.margins: 16
         anchors.leftMargin: 12
         anchors.rightMargin: 12
-        anchors.topMargin: 16
-        anchors.bottomMargin: 10
-        contentHeight: rows.height
-        boundsBehavior: Flickable.StopAtBounds
-        interactive: contentHeight > height
-        clip: interactive
 
-        T.ScrollBar.vertical: ScrollBar {}
+        Flickable {
+            id: rowArea
+            objectName: "sidebarRowArea"
+            anchors.top: parent.top
+            anchors.bottom: divider.top
+            anchors.bottomMargin: 10
+            width: parent.width
+            contentHeight: rows.height
+            boundsBehavior: Flickable.StopAtBounds
+            interactive: contentHeight > height
+            clip: interactive
 
-        Column {
-            id: rows
-            width: rowArea.width
-            spacing: 4
+            T.ScrollBar.vertical: ScrollBar {}
 
-            SidebarRow {
-                objectName: "freeSpaceRow"
-                width: parent.width
-                title: qsTr("Free Space")
-                systemImage: "rectangle.split.3x1"
-                isSelected: root.freeSpaceSelected
-                onClicked: root.freeSpaceChosen()
-            }
-            SidebarRow {
-                objectName: "settingsRow"
-                width: parent.width
-                title: qsTr("Settings")
-                systemImage: "slider.horizontal.3"
-                isSelected: root.settingsSelected
-                onClicked: root.settingsChosen()
+            Column {
+                id: rows
+                width: rowArea.width
+                spacing: 4
+
+                SidebarRow {
+                    objectName: "freeSpaceRow"
+                    width: parent.width
+                    title: qsTr("Free Space")
+                    systemImage: "rectangle.split.3x1"
+                    isSelected: root.freeSpaceSelected
+                    onClicked: root.freeSpaceChosen()
+                }
+                SidebarRow {
+                    objectName: "settingsRow"
+                    width: parent.width
+                    title: qsTr("Settings")
+                    systemImage: "slider.horizontal.3"
+                    isSelected: root.settingsSelected
+                    onClicked: root.settingsChosen()
+                }
             }
         }
-    }
+        Divider {
+            id: divider
+            objectName: "sidebarDivider"
+            anchors.bottom: drivesButton.top
+            anchors.bottomMargin: 10
+            width: parent.width
+        }
+        PlainButton {
+            id: drivesButton
+            objectName: "drivesButton"
+            anchors.bottom: parent.bottom
+            width: parent.width
+            horizontalPadding: 10
+            verticalPadding: 8
+            text: qsTr("Drives…")
+            helpText: qsTr("Return to volume and folder picker")
+            onClicked: root.drivesChosen()
 
-    Divider {
-        id: divider
-        objectName: "sidebarDivider"
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.bottom: drivesButton.top
-        anchors.leftMargin: 12
-        anchors.rightMargin: 12
-        anchors.bottomMargin: 10
-    }
-
-    PlainButton {
-        id: drivesButton
-        objectName: "drivesButton"
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.bottom: parent.bottom
-        anchors.leftMargin: 12
-        anchors.rightMargin: 12
-        anchors.bottomMargin: 16
-        horizontalPadding: 10
-        verticalPadding: 8
-        text: qsTr("Drives…")
-        helpText: qsTr("Return to volume and folder picker")
-        onClicked: root.drivesChosen()
-
-        contentItem: SidebarLabel {
-            title: drivesButton.text
-            systemImage: "externaldrive"
+            contentItem: SidebarLabel {
+                title: drivesButton.text
+                systemImage: "externaldrive"
+            }
         }
     }
 }
