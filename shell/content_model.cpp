@@ -28,7 +28,9 @@ void ContentModel::setSelection(std::optional<SidebarItem> selection) {
   // A view of the pane appears after the pane and is gone before it.
   if (shownNow && !shownBefore) makePane();
   Q_EMIT selectionChanged();
-  if (shownBefore && !shownNow) dropPane();
+  if (shownNow || !shownBefore) return;
+  pane_.reset();
+  Q_EMIT paneChanged();
 }
 
 void ContentModel::goToDrives() {
@@ -44,11 +46,6 @@ void ContentModel::makePane() {
   pane_.reset(new SweeperViewModel(
       fileSystem_, desktop_, mainThread_, background_,
       {.get = [this] { return pendingGoToDrives_; }, .set = [this](bool pending) { setPendingGoToDrives(pending); }}));
-  Q_EMIT paneChanged();
-}
-
-void ContentModel::dropPane() {
-  pane_.reset();
   Q_EMIT paneChanged();
 }
 

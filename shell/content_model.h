@@ -66,7 +66,6 @@ class ContentModel : public QObject {
   };
 
   void makePane();
-  void dropPane();
   void setPendingGoToDrives(bool pending);
 
   FileSystem& fileSystem_;

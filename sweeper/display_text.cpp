@@ -2,15 +2,14 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
 #include <utility>
 
 namespace dunmere {
 namespace {
 
 struct Decoded {
-  char32_t character;
-  std::size_t length;  ///< bytes taken
+  char32_t character = 0;
+  std::size_t length = 0;  ///< bytes taken
 };
 
 struct Range {
@@ -114,19 +113,19 @@ bool isWellFormed(char32_t character, std::size_t length) {
   return character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
 }
 
-/// The character that `bytes` begin with; none when they do not begin with a valid sequence.
-std::optional<Decoded> decodeFirst(std::string_view bytes) {
+/// What `bytes` begin with: of length 0 when it is no valid sequence, or nothing at all.
+Decoded decodeFirst(std::string_view bytes) {
+  if (bytes.empty()) return {};
   const unsigned char lead = byteAt(bytes, 0);
   const std::size_t length = sequenceLength(lead);
-  if (length == 0 || length > bytes.size()) return std::nullopt;
+  if (length == 0 || length > bytes.size()) return {};
   char32_t character = length == 1 ? lead : lead & (0x7Fu >> length);
   for (std::size_t index = 1; index < length; ++index) {
     const unsigned char next = byteAt(bytes, index);
-    if ((next & 0xC0) != 0x80) return std::nullopt;
+    if ((next & 0xC0) != 0x80) return {};
     character = character << 6 | (next & 0x3F);
   }
-  if (!isWellFormed(character, length)) return std::nullopt;
-  return Decoded{character, length};
+  return isWellFormed(character, length) ? Decoded{character, length} : Decoded{};
 }
 
 template <std::size_t kCount>
@@ -156,11 +155,6 @@ std::string substitute(char32_t character, char32_t before, char32_t after) {
   return isInvisible(character, before, after) ? codeText(character) : std::string();
 }
 
-/// What `bytes` begin with: of length 0 when it is no valid sequence, or nothing at all.
-Decoded decodeAny(std::string_view bytes) {
-  return bytes.empty() ? Decoded{0, 0} : decodeFirst(bytes).value_or(Decoded{0, 0});
-}
-
 struct Shown {
   std::string text;
   bool hasRightToLeft = false;
@@ -170,10 +164,10 @@ Shown show(std::string_view bytes) {
   Shown shown;
   shown.text.reserve(bytes.size());
   char32_t before = 0;
-  for (Decoded decoded = decodeAny(bytes); !bytes.empty();) {
+  for (Decoded decoded = decodeFirst(bytes); !bytes.empty();) {
     const std::string_view spelling = bytes.substr(0, std::max<std::size_t>(decoded.length, 1));
     bytes.remove_prefix(spelling.size());
-    const Decoded next = decodeAny(bytes);
+    const Decoded next = decodeFirst(bytes);
     if (decoded.length == 0) {
       shown.text += kReplacement;
     } else if (isIn(kPlain, decoded.character)) {

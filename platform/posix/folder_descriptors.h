@@ -15,13 +15,8 @@
 
 namespace dunmere {
 
-/// Tells one open folder from any other, as long as it exists.
-struct FolderIdentity {
-  std::uint64_t device = 0;
-  std::uint64_t inode = 0;
-
-  friend bool operator==(const FolderIdentity&, const FolderIdentity&) = default;
-};
+/// Device and inode tell one open folder from any other, as long as it exists.
+using FolderIdentity = std::pair<std::uint64_t, std::uint64_t>;
 
 /// A descriptor in use is pinned. Of the others the least recently used one is closed when more than `budget` are open;
 /// its folder then opens itself again and hands the new descriptor in. Thread-safe.
