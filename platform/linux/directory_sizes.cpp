@@ -51,7 +51,9 @@ std::string percentDecoded(std::string_view text) {
 
 /// The name of the folder that a line is about; none when it is no such line.
 std::optional<std::string> nameIn(std::string_view line) {
-  if (!isNumber(takeUntil(' ', line)) || !isNumber(takeUntil(' ', line))) return std::nullopt;
+  const bool hasSize = isNumber(takeUntil(' ', line));
+  const bool hasTime = isNumber(takeUntil(' ', line));
+  if (!hasSize || !hasTime) return std::nullopt;
   std::string name = percentDecoded(line);
   constexpr std::string_view kInNoName("/\0", 2);
   if (name.empty() || name.find_first_of(kInNoName) != std::string::npos) return std::nullopt;
