@@ -121,8 +121,9 @@ class DesktopSession:
         os.set_inheritable(writer, True)
         log = os.path.join(self.output, "xvfb.log")
         with open(log, "wb") as output:
-            process = subprocess.Popen(["Xvfb", "-displayfd", str(writer), "-screen", "0", SCREEN, "-fbdir", self.runtime,
-                                        "-nocursor", "-nolisten", "tcp"],
+            # Whenever its last client goes it would start anew, and lose whoever connects just then.
+            process = subprocess.Popen(["Xvfb", "-noreset", "-displayfd", str(writer), "-screen", "0", SCREEN,
+                                        "-fbdir", self.runtime, "-nocursor", "-nolisten", "tcp"],
                                        pass_fds=[writer], stdin=subprocess.DEVNULL, stdout=output, stderr=output)
         os.close(writer)
         self._adopt(process, log)
