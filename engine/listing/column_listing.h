@@ -47,7 +47,7 @@ class ColumnListing {
   static LinkTargets waitForLinks(const std::shared_ptr<OpenFolder>& folder, const std::vector<std::string>& names);
 
   /// Lists the children of `parent`. The first changes are those since the rows `shown`.
-  explicit ColumnListing(FileUrl parent, const ColumnRows& shown = {}) : parent_(parent), rows_(parent, shown) {}
+  explicit ColumnListing(const FileUrl& parent, const ColumnRows& shown = {}) : parent_(parent), rows_(parent, shown) {}
 
   /// read(), then rows().
   std::expected<ColumnRows, SweepError> list(FileSystem& fileSystem, const SweepInventory& inventory,
