@@ -9,14 +9,6 @@
 namespace dunmere {
 namespace {
 
-// The document types of desktop systems that are stored as folders, each between two dots, which none of them holds.
-// Left out on purpose are extensions that ordinary folders use as well (download, numbers, pages, service …), because a
-// package counts no bytes.
-constexpr std::string_view kExtensions =
-    ".aplibrary.app.appex.band.bundle.docset.dsym.fcpbundle.imovielibrary.kext.logicx.mdimporter"
-    ".migratedphotolibrary.musiclibrary.photolibrary.photoslibrary.playground.plugin.prefpane.pvm.qlgenerator.rtfd"
-    ".saver.scptd.sparsebundle.tvlibrary.vmwarevm.wdgt.xcarchive.xcodeproj.xctest.xcworkspace.xpc.";
-
 /// Whether the folder was removed meanwhile: then it holds nothing, which is no failure to read it.
 bool isGone(const SweepError& error) {
   return error.code == std::errc::no_such_file_or_directory;
@@ -25,9 +17,7 @@ bool isGone(const SweepError& error) {
 }  // namespace
 
 bool isPackageName(std::string_view name) {
-  const std::size_t dot = name.rfind('.');
-  if (dot == std::string_view::npos || dot == 0) return false;
-  return kExtensions.contains(asciiLowerCased(std::string(name.substr(dot))) + '.');
+  return hasExtension(name, ".app.appex.bundle.kext.mdimporter.plugin.prefpane.qlgenerator.saver.scptd.wdgt.xpc.");
 }
 
 void FolderNames::add(std::string names) {

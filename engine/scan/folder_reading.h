@@ -13,8 +13,9 @@
 
 namespace dunmere {
 
-/// Whether a folder of this name is a package, one document to people: a non-empty stem and one of the known
-/// extensions, ASCII case-insensitive. For folders only: files and links are never packages.
+/// Whether a folder of this name is a package on any system: a program or plug-in, one thing to people, whose bytes are
+/// not counted. A folder that holds a person's data is one only where the system shows it so
+/// (EntryAttributes::isPackage). For folders only: files and links are never packages.
 bool isPackageName(std::string_view name);
 
 /// Names of folders, side by side, each ended by a slash (which no name holds). Memory is given back while names are

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <utility>
 
+#include "engine/ascii.h"
 #include "platform/macos/attribute_layout.h"
 
 namespace dunmere {
@@ -87,14 +88,24 @@ bool hasBundleBit(const FinderInfo& info) {
   return (std::to_integer<unsigned>(info[kFinderFlagsOffset]) & kHasBundleInHighByte) != 0;
 }
 
+/// Folders that the desktop shows as one document. Left out on purpose are extensions that ordinary folders use as well
+/// (download, numbers, pages, service …), because a package counts no bytes.
+bool isDocument(std::string_view name) {
+  return hasExtension(name,
+                      ".aplibrary.band.docset.dsym.fcpbundle.imovielibrary.logicx.migratedphotolibrary.musiclibrary"
+                      ".photolibrary.photoslibrary.playground.pvm.rtfd.sparsebundle.tvlibrary.vmwarevm.xcarchive"
+                      ".xcodeproj.xctest.xcworkspace.");
+}
+
 /// A negative number of bytes is none at all.
 std::int64_t sizeOrAbsent(std::int64_t bytes) {
   return bytes < 0 ? EntryAttributes::kAbsent : bytes;
 }
 
-EntryAttributes attributesOf(EntryKind kind, const FinderInfo& info, std::int64_t allocated, std::int64_t length) {
+EntryAttributes attributesOf(EntryKind kind, std::string_view name, const FinderInfo& info, std::int64_t allocated,
+                             std::int64_t length) {
   EntryAttributes attributes{.kind = kind};
-  if (kind == EntryKind::folder) attributes.isPackage = hasBundleBit(info);
+  if (kind == EntryKind::folder) attributes.isPackage = hasBundleBit(info) || isDocument(name);
   if (kind == EntryKind::regularFile) {  // a link has a length too, that of its text
     attributes.allocatedBytes = sizeOrAbsent(allocated);
     attributes.logicalBytes = sizeOrAbsent(length);
@@ -120,7 +131,7 @@ std::optional<AttributeRecord> parse(RecordReader reader) {
   if (reader.isMalformed()) return std::nullopt;
 
   if (error == 0 && has(kObjectType)) {
-    record.attributes = attributesOf(kindOf(objectType), finderInfo, allocated, length);
+    record.attributes = attributesOf(kindOf(objectType), record.name, finderInfo, allocated, length);
   }
   return record;
 }

@@ -7,48 +7,23 @@
 namespace dunmere {
 namespace {
 
-TEST(PackageNames, EveryKnownExtensionMakesAPackage) {
-  for (const char* extension : {"app",
-                                "appex",
-                                "bundle",
-                                "plugin",
-                                "kext",
-                                "xpc",
-                                "prefpane",
-                                "qlgenerator",
-                                "mdimporter",
-                                "saver",
-                                "wdgt",
-                                "scptd",
-                                "rtfd",
-                                "photoslibrary",
-                                "photolibrary",
-                                "aplibrary",
-                                "migratedphotolibrary",
-                                "imovielibrary",
-                                "fcpbundle",
-                                "tvlibrary",
-                                "musiclibrary",
-                                "band",
-                                "logicx",
-                                "sparsebundle",
-                                "xcodeproj",
-                                "xcworkspace",
-                                "playground",
-                                "xcarchive",
-                                "dsym",
-                                "docset",
-                                "xctest",
-                                "vmwarevm",
-                                "pvm"}) {
+TEST(PackageNames, ProgramsAndPlugInsArePackages) {
+  for (const char* extension : {"app", "appex", "bundle", "kext", "mdimporter", "plugin", "prefpane", "qlgenerator",
+                                "saver", "scptd", "wdgt", "xpc"}) {
     EXPECT_TRUE(isPackageName(std::string("Stem.") + extension)) << extension;
+  }
+}
+
+TEST(PackageNames, FoldersThatHoldAPersonsDataAreNone) {
+  for (const char* name : {"Win11.vmwarevm", "Windows.pvm", "backup.sparsebundle", "Photos.photoslibrary",
+                           "Song.logicx", "Dunmere.xcodeproj", "notes.rtfd"}) {
+    EXPECT_FALSE(isPackageName(name)) << name;
   }
 }
 
 TEST(PackageNames, CaseDoesNotMatter) {
   EXPECT_TRUE(isPackageName("Mail.APP"));
-  EXPECT_TRUE(isPackageName("Dunmere.dSYM"));
-  EXPECT_TRUE(isPackageName("Pictures.PhotosLibrary"));
+  EXPECT_TRUE(isPackageName("Colours.prefPane"));
 }
 
 TEST(PackageNames, WordsThatOrdinaryFoldersUseAreNoPackages) {
@@ -66,7 +41,7 @@ TEST(PackageNames, TheStemMayNotBeEmpty) {
 }
 
 TEST(PackageNames, OnlyTheLastExtensionCounts) {
-  EXPECT_TRUE(isPackageName("notes.txt.rtfd"));
+  EXPECT_TRUE(isPackageName("notes.txt.app"));
   EXPECT_FALSE(isPackageName("Mail.app.old"));
 }
 

@@ -133,6 +133,15 @@ TEST(MacosAttributes, BundleBitMakesAFolderAPackage) {
   EXPECT_FALSE(entries.at(1).second.isPackage);
 }
 
+TEST(MacosAttributes, AFolderThatTheDesktopShowsAsADocumentIsAPackage) {
+  for (const char* name : {"Win11.vmwarevm", "Photos.PhotosLibrary", "notes.rtfd", "Dunmere.dSYM"}) {
+    EXPECT_TRUE(read(AttributeBuffer().addFolder(name, 0), 1).at(0).second.isPackage) << name;
+    EXPECT_THAT(read(AttributeBuffer().addFile(name, 1, 1), 1), ElementsAre(Pair(name, file(1, 1))));
+  }
+  for (const char* name : {"Letters.pages", ".rtfd", "folder"})
+    EXPECT_FALSE(read(AttributeBuffer().addFolder(name, 0), 1).at(0).second.isPackage) << name;
+}
+
 TEST(MacosAttributes, BundleBitOfAFileMeansNothing) {
   RecordFields fields = AttributeBuffer::entry("file", layout::kRegularFile);
   fields.finderFlags = 0x2000;
