@@ -41,8 +41,8 @@ struct DiskSweeperScan {
   static std::optional<SweeperVolume> measureVolume(FileSystem& fileSystem, const VolumeMount& candidate);
   /// The boot volume, for when nothing else can be listed; empty when it cannot be measured. Waits for it.
   static std::vector<SweeperVolume> fallbackVolumes(FileSystem& fileSystem);
-  /// By name; equal names stay in their order.
-  static void sortVolumes(FileSystem& fileSystem, std::vector<SweeperVolume>& volumes);
+  /// By name. Volumes of the same name get their mount points added to it.
+  static void arrangeVolumes(FileSystem& fileSystem, std::vector<SweeperVolume>& volumes);
 
   /// Walks the tree under `under` on a detached thread of utility priority and adds up the disk space of every regular
   /// file. Publishes a snapshot through `onUpdate` after every 12,000th counted file and after a counted file when

@@ -78,7 +78,7 @@ std::optional<std::vector<SweeperVolume>> VolumeReader::takeNews() {
     if (drive.volume) volumes.push_back(*drive.volume);
     if (!drive.hasAnswered) volumes.push_back({drive.candidate.url, drive.candidate.name, 0, 0});
   }
-  DiskSweeperScan::sortVolumes(fileSystem_, volumes);
+  DiskSweeperScan::arrangeVolumes(fileSystem_, volumes);
   return volumes;
 }
 

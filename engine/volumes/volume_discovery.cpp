@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -116,7 +117,12 @@ std::optional<SweeperVolume> DiskSweeperScan::measureVolume(FileSystem& fileSyst
   return SweeperVolume{url, std::move(name), capacity->totalBytes, capacity->freeBytes};
 }
 
-void DiskSweeperScan::sortVolumes(FileSystem& fileSystem, std::vector<SweeperVolume>& volumes) {
+void DiskSweeperScan::arrangeVolumes(FileSystem& fileSystem, std::vector<SweeperVolume>& volumes) {
+  std::map<std::string, int> volumesOfName;
+  for (const SweeperVolume& volume : volumes) ++volumesOfName[volume.name];
+  for (SweeperVolume& volume : volumes) {
+    if (volumesOfName[volume.name] > 1) volume.name += " (" + volume.url.path() + ")";
+  }
   std::ranges::stable_sort(volumes, {},
                            [&fileSystem](const SweeperVolume& v) { return fileSystem.nameSortKey(v.name); });
 }
@@ -131,7 +137,7 @@ std::vector<SweeperVolume> DiskSweeperScan::listVolumes(FileSystem& fileSystem) 
     if (auto volume = measureVolume(fileSystem, candidate)) volumes.push_back(std::move(*volume));
   }
   if (volumes.empty()) return fallbackVolumes(fileSystem);
-  sortVolumes(fileSystem, volumes);
+  arrangeVolumes(fileSystem, volumes);
   return volumes;
 }
 

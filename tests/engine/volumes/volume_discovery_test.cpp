@@ -88,12 +88,19 @@ TEST_F(VolumeDiscovery, TheBootVolumeHasNoSpecialPlace) {
   EXPECT_EQ(listedNames(), (Strings{"Archive", "Macintosh HD", "Zip"}));
 }
 
-TEST_F(VolumeDiscovery, EqualNamesKeepTheMountOrderAndAreNotMerged) {
+TEST_F(VolumeDiscovery, NamesThatOrderAlikeKeepTheMountOrderAndAreNotMerged) {
   mountNamed("/media/2", "Data");
   mountNamed("/media/1", "DATA");
   mountNamed("/media/3", "data");
   EXPECT_EQ(listedNames(), (Strings{"Data", "DATA", "data"}));
   EXPECT_EQ(listed().front().url, FileUrl("/media/2"));
+}
+
+TEST_F(VolumeDiscovery, VolumesOfTheSameNameAreToldApartByTheirMountPoints) {
+  mountNamed("/media/2", "Data");
+  mountNamed("/media/1", "Data");
+  mountNamed("/media/3", "Music");
+  EXPECT_EQ(listedNames(), (Strings{"Data (/media/1)", "Data (/media/2)", "Music"}));
 }
 
 // Capacity.
