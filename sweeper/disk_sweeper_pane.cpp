@@ -110,8 +110,10 @@ void DiskSweeperPane::openFolderSweep() {
   const std::optional<FileUrl> folder = desktop_.chooseFolder("Choose a folder to sweep (largest items first).");
   // While the chooser ran its event loop the pane may have been destroyed; only the mailbox can tell.
   if (mailbox->isClosed() || !folder) return;
-  sweepRoot_ = *folder;
-  beginBrowsing(*folder);
+  // Or a column and the question before the Trash would name it “..”.
+  const FileUrl root = folder->standardized();
+  sweepRoot_ = root;
+  beginBrowsing(root);
 }
 
 void DiskSweeperPane::backToVolumes() {

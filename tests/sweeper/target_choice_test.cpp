@@ -198,6 +198,21 @@ TEST_F(TargetChoice, SweepingADriveThatWentAwayDoesNothing) {
   EXPECT_EQ(pane().selectedVolumeID(), "/media/Backup");
 }
 
+TEST_F(TargetChoice, DotsInAChosenPathAreResolved) {
+  fileSystem_.addFile("/disk/Movies/film", 5);
+  const auto rootOf = [this](const std::string& chosen) {
+    desktop_.nextChoice = FileUrl(chosen);
+    pane().openFolderSweep();
+    runUntilComplete();
+    EXPECT_EQ(pane().pathDirectories(), std::vector{*pane().sweepRoot()});
+    return *pane().sweepRoot();
+  };
+  EXPECT_EQ(rootOf("/disk/Movies/.."), FileUrl("/disk"));
+  EXPECT_EQ(rootOf("/disk/./Movies/"), FileUrl("/disk/Movies"));
+  EXPECT_EQ(rootOf("/.."), FileUrl("/"));
+  EXPECT_FALSE(pane().canTrashSelection());
+}
+
 TEST_F(TargetChoice, ChosenFolderIsSwept) {
   desktop_.nextChoice = FileUrl("/media/Backup/old");
   pane().openFolderSweep();
