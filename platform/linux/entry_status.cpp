@@ -26,8 +26,8 @@ namespace {
 constexpr unsigned kUniqueMountNumber = 0x4000;
 
 bool readStatus(int folder, const char* name, unsigned mask, struct statx& status) {
-  // What a network file system already knows is good enough: no round trip to its server for every file.
-  constexpr int kFlags = AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC;
+  // A share answers from what it knows only as long as it trusts that: another machine may have changed the file.
+  constexpr int kFlags = AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT;
   return ::statx(folder, name, kFlags, mask, &status) == 0;
 }
 

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -123,6 +124,48 @@ TEST_P(SlowShareTest, WhatItsTrashRefusesIsToldAndStays) {
     EXPECT_TRUE(world.pane.loadError()->starts_with("“note” couldn’t be moved to the trash"))
         << *world.pane.loadError();
     EXPECT_TRUE(std::filesystem::exists(tree.path("disk/note")));
+  });
+}
+
+class OddShareTest : public ::testing::Test {
+ protected:
+  OddShareTest() { tree.folder("share"); }
+  void SetUp() override { DUNMERE_NEEDS(Feature::fuse); }
+
+  void expect(const SlowShareOptions& options, const std::function<void(FileSystem& files)>& body) {
+    const auto result = runWithOwnMounts([&] {
+      const SlowShare share(tree.path("disk"), tree.path("share"), tree.path("fuse"), options);
+      body(*makePlatformFileSystem());
+      return 0;
+    });
+    EXPECT_EQ(result.exitCode, 0) << result.output;
+  }
+
+  TemporaryTree tree;
+};
+
+TEST_F(OddShareTest, WhatAnotherMachineHasMadeLargerCountsItsNewSize) {
+  tree.folder("disk");
+  tree.file("disk/film", 10'000);
+  expect({.trustsNames = true}, [this](FileSystem& files) {
+    const auto sweptBytes = [&] {
+      return DiskSweeperScan::runProgressiveScan(files, tree.url("share"), [](const SweepInventory&) {})
+          .get()
+          ->totalFileBytes;
+    };
+    EXPECT_EQ(sweptBytes(), tree.allocatedBytes("disk/film"));
+    tree.file("disk/film", 900'000);
+    EXPECT_EQ(sweptBytes(), tree.allocatedBytes("disk/film"));
+    EXPECT_GE(sweptBytes(), 900'000);
+  });
+}
+
+TEST_F(OddShareTest, ASizeBeyondAllNumbersIsTheLargestOne) {
+  tree.folder("disk");
+  expect({.claimedBlocks = 1ULL << 52}, [this](FileSystem& files) {
+    const auto values = files.volumeValues(tree.url("share"));
+    ASSERT_TRUE(values);
+    EXPECT_EQ(values->totalBytes, std::numeric_limits<std::int64_t>::max());
   });
 }
 

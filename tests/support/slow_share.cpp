@@ -188,8 +188,10 @@ Server::Bytes Server::answerTo(const Question& question) {
     case FUSE_GETATTR: {
       struct stat status{};
       if (::lstat(pathOf(header.nodeid).c_str(), &status) != 0) return answer(header.unique, -errno);
-      return answerWith(header.unique,
-                        fuse_attr_out{.attr_valid = 1, .attr_valid_nsec = 0, .dummy = 0, .attr = attributesOf(status)});
+      return answerWith(header.unique, fuse_attr_out{.attr_valid = options_.trustsNames ? 0U : 1U,
+                                                     .attr_valid_nsec = 0,
+                                                     .dummy = 0,
+                                                     .attr = attributesOf(status)});
     }
     case FUSE_OPENDIR:
       return openFolder(question);
@@ -216,6 +218,10 @@ Server::Bytes Server::answerTo(const Question& question) {
       values.st.bsize = static_cast<std::uint32_t>(space.f_bsize);
       values.st.frsize = static_cast<std::uint32_t>(space.f_frsize);
       values.st.namelen = NAME_MAX;
+      if (options_.claimedBlocks > 0) {
+        values.st.blocks = options_.claimedBlocks;
+        values.st.frsize = 4096;
+      }
       return answerWith(header.unique, values);
     }
     default:
@@ -230,8 +236,8 @@ Server::Bytes Server::lookUp(const Question& question) {
   if (::lstat(path.c_str(), &status) != 0) return answer(header.unique, -errno);
   fuse_entry_out entry{};
   entry.nodeid = nodeOf(path);
-  entry.entry_valid = 1;
-  entry.attr_valid = 1;
+  entry.entry_valid = options_.trustsNames ? 3600 : 1;
+  entry.attr_valid = options_.trustsNames ? 0 : 1;
   entry.attr = attributesOf(status);
   return answerWith(header.unique, entry);
 }

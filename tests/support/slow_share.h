@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace dunmere::test {
@@ -14,6 +15,8 @@ struct SlowShareOptions {
   std::chrono::microseconds delay{0};  ///< from each question to its answer
   bool isSerial = false;               ///< answers one question after the other, not any number side by side
   bool tellsKinds = true;              ///< whether reading a folder tells what its entries are
+  std::uint64_t claimedBlocks = 0;     ///< of 4,096 bytes, that it is large; 0: what the folder's volume says
+  bool trustsNames = false;            ///< names are kept by the system for an hour, attributes not at all
 };
 
 /// Read-only; attributes may be kept by the system for a second, as shares usually allow. To be made in a process with
