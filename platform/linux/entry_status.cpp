@@ -95,6 +95,11 @@ bool takesDiskSpace(int folder) {
   return !isOneOf(kViews, folder);
 }
 
+bool isAutomounter(int folder) {
+  static constexpr auto kAutomounters = std::to_array<std::uint32_t>({AUTOFS_SUPER_MAGIC});
+  return isOneOf(kAutomounters, folder);
+}
+
 std::optional<FolderStamp> folderStamp(int folder) {
   // The timestamps of local file systems advance in steps of up to one second (old ext4).
   constexpr std::chrono::seconds kLongestStep{1};

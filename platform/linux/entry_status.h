@@ -20,6 +20,9 @@ std::optional<FolderStamp> folderStamp(int folder);
 /// As OpenFolder::takesDiskSpace(). Any thread.
 bool takesDiskSpace(int folder);
 
+/// Whether folders in this one may mount a volume when they are opened (autofs). Any thread.
+bool isAutomounter(int folder);
+
 /// Finds what `name` in the open folder `folder` leads to in the end, without opening it for reading. May wait for the
 /// disks and servers on the way. Fails with an errno value. Any thread.
 std::expected<UniqueDescriptor, int> findTarget(int folder, const std::string& name);

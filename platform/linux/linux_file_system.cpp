@@ -73,7 +73,9 @@ class LinuxFileSystem final : public FileSystem {
   /// Besides what the contract says: the folder stays open until it is destroyed, and at most
   /// FolderDescriptors::budgetOfProcess() of the folders below it.
   std::expected<std::shared_ptr<OpenFolder>, SweepError> openFolder(const FileUrl& url, EntryDetail detail) override {
-    return LinuxOpenFolder::open(descriptors_, url, detail);
+    const bool isWalk = detail == EntryDetail::sizes;
+    return LinuxOpenFolder::open(descriptors_, url, detail,
+                                 isWalk ? std::make_shared<const AutomountNames>(automountNames()) : nullptr);
   }
 
   /// Mounts that are no volumes to people are left out already.

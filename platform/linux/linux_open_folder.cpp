@@ -43,15 +43,19 @@ bool isDots(std::string_view name) {
 
 std::expected<std::shared_ptr<LinuxOpenFolder>, SweepError> LinuxOpenFolder::open(FolderDescriptors& descriptors,
                                                                                   const FileUrl& url,
-                                                                                  EntryDetail detail) {
-  auto folder = std::make_shared<LinuxOpenFolder>(descriptors, nullptr, url.bytes(), detail);
+                                                                                  EntryDetail detail,
+                                                                                  Automounts automounts) {
+  auto folder =
+      std::make_shared<LinuxOpenFolder>(descriptors, nullptr, url.bytes(), detail, std::move(automounts), true);
   if (auto opened = folder->openByPath(); !opened) return std::unexpected(std::move(opened.error()));
   return folder;
 }
 
 LinuxOpenFolder::LinuxOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent,
-                                 std::string name, EntryDetail detail)
-    : PosixOpenFolder(descriptors, std::move(parent), std::move(name)), detail_(detail) {}
+                                 std::string name, EntryDetail detail, Automounts automounts, bool mayMountItself)
+    : PosixOpenFolder(descriptors, std::move(parent), std::move(name), mayMountItself),
+      detail_(detail),
+      automounts_(std::move(automounts)) {}
 
 std::expected<FolderDescriptors::Pin, int> LinuxOpenFolder::readingDescriptor() {
   auto pin = descriptor();
@@ -67,6 +71,9 @@ std::expected<void, SweepError> LinuxOpenFolder::readEntries(EntryBatch& batch) 
   if (ended_) return {};
   auto pin = readingDescriptor();
   if (!pin) return failure(pin.error());
+  // Without that permission no entry has attributes, and the records of the folder are no substitute.
+  if (nextOffset_ == 0 && detail_ == EntryDetail::kinds)
+    isSearchable_ = entryStatus(pin->descriptor(), ".").has_value();
 
   constexpr std::size_t kBufferBytes = 64 * 1024;
   alignas(dirent64) char buffer[kBufferBytes];
@@ -74,7 +81,8 @@ std::expected<void, SweepError> LinuxOpenFolder::readEntries(EntryBatch& batch) 
     const ssize_t length = ::getdents64(pin->descriptor(), buffer, sizeof buffer);
     if (length < 0 && errno == EINTR) continue;
     // ENOENT: the folder was removed while it was open, so it is empty.
-    if (length == 0 || (length < 0 && errno == ENOENT)) {
+    // EBADF: it could be held, not opened, for it is a point where nothing is mounted.
+    if (length == 0 || (length < 0 && (errno == ENOENT || errno == EBADF))) {
       ended_ = true;
       return {};
     }
@@ -95,7 +103,7 @@ void LinuxOpenFolder::addEntries(int folder, std::string_view records, EntryBatc
     records.remove_prefix(record->d_reclen);
     const std::string_view name = record->d_name;
     if (isDots(name)) continue;
-    const auto attributes = recordAttributes(folder, record->d_name, record->d_type);
+    const auto attributes = isSearchable_ ? recordAttributes(folder, record->d_name, record->d_type) : std::nullopt;
     if (attributes) {
       batch.add(name, *attributes);
     } else if (detail_ == EntryDetail::kinds) {
@@ -125,9 +133,11 @@ std::expected<void, SweepError> LinuxOpenFolder::measure(EntryBatch& batch) {
 }
 
 std::expected<std::shared_ptr<OpenFolder>, SweepError> LinuxOpenFolder::openChild(std::string_view name) {
-  auto child =
-      std::make_shared<LinuxOpenFolder>(descriptors(), shared_from_this(), std::string(name), EntryDetail::sizes);
+  const bool mayMountItself = isAutomounter_ || (automounts_ && automounts_->contains(name));
+  auto child = std::make_shared<LinuxOpenFolder>(descriptors(), shared_from_this(), std::string(name),
+                                                 EntryDetail::sizes, automounts_, mayMountItself);
   if (auto opened = child->openBelowParent(); !opened) return std::unexpected(std::move(opened.error()));
+  if (mayMountItself) child->isAutomounter_ = child->isAutomounter();
   return child;
 }
 
@@ -144,6 +154,11 @@ LinkTarget LinuxOpenFolder::resolveLink(std::string_view name) {
   const auto target = descriptors().openWithRetry([&] { return findTarget(pin->descriptor(), std::string(name)); });
   if (!target) return {.url = std::move(ownUrl), .attributes = std::nullopt};
   return describeTarget(*target, std::move(ownUrl));
+}
+
+bool LinuxOpenFolder::isAutomounter() {
+  const auto pin = descriptor();
+  return pin && dunmere::isAutomounter(pin->descriptor());
 }
 
 bool LinuxOpenFolder::takesDiskSpace() {

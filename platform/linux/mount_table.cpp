@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "engine/file_url.h"
 #include "platform/posix/paths.h"
 
 namespace dunmere {
@@ -113,6 +114,16 @@ std::expected<std::vector<MountEntry>, int> readMountTable(const std::string& fi
     mounts.push_back(entryOf(mount));
   }
   return withoutHiddenMounts(mounts);
+}
+
+AutomountNames automountNames() {
+  AutomountNames names;
+  const auto mounts = readMountTable();
+  if (!mounts) return names;
+  for (const MountEntry& mount : *mounts) {
+    if (mount.fileSystem == "autofs") names.insert(FileUrl(mount.mountPoint).lastPathComponent());
+  }
+  return names;
 }
 
 }  // namespace dunmere

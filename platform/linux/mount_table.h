@@ -2,6 +2,8 @@
 #pragma once
 
 #include <expected>
+#include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,11 @@ struct MountEntry {
 /// The mounts of this process in the order of mounting, without those that another mount hides. `file` is in the format
 /// of mountinfo. Touches no mounted file system. Fails with an errno value. Any thread.
 std::expected<std::vector<MountEntry>, int> readMountTable(const std::string& file = "/proc/self/mountinfo");
+
+/// The last components of the paths where volumes mount themselves when they are opened (autofs). Empty when the mounts
+/// cannot be read. Touches no mounted file system. Any thread.
+using AutomountNames = std::set<std::string, std::less<>>;
+AutomountNames automountNames();
 
 /// The mounts that a path can reach: not those that a later mount hides. Keeps the order.
 std::vector<MountEntry> withoutHiddenMounts(const std::vector<MountEntry>& mounts);

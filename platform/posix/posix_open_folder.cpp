@@ -15,11 +15,41 @@ namespace {
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
 
+using Opened = std::expected<UniqueDescriptor, int>;
+
+Opened openAt(int folder, const char* name, int flags) {
+  UniqueDescriptor opened(::openat(folder, name, flags | O_CLOEXEC));
+  if (!opened) return std::unexpected(errno);
+  return opened;
+}
+
+/// `open` opens the folder with the flags that it is given. Opening a point where a volume mounts itself asks for the
+/// mount, and waits for it. Holding it does not, nor does opening it from there, which fails with ENOENT where nothing
+/// is mounted: such a point stays held, to be read as an empty folder.
+template <typename Open>
+Opened openWithoutMount(const Open& open) {
+#ifdef O_PATH
+  Opened held = open(O_PATH);
+  if (!held) return held;
+  Opened opened = openAt(held->get(), ".", kFolderFlags | O_NOFOLLOW);
+  if (!opened && opened.error() == ENOENT) return held;
+  // "." needs the permission to search, too, and a second descriptor.
+  const bool wantsMore = !opened && (opened.error() == EACCES || opened.error() == EMFILE || opened.error() == ENFILE);
+  if (!wantsMore) return opened;
+  held = UniqueDescriptor();
+#endif
+  return open(kFolderFlags);
+}
+
 }  // namespace
 
 PosixOpenFolder::PosixOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent,
-                                 std::string name)
-    : descriptors_(descriptors), parent_(std::move(parent)), name_(std::move(name)), slot_(descriptors) {}
+                                 std::string name, bool mayMountItself)
+    : descriptors_(descriptors),
+      parent_(std::move(parent)),
+      name_(std::move(name)),
+      mayMountItself_(mayMountItself),
+      slot_(descriptors) {}
 
 PosixOpenFolder::~PosixOpenFolder() {
   releaseInTurn(std::move(parent_));
@@ -42,7 +72,11 @@ void PosixOpenFolder::releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noe
 }
 
 std::expected<void, SweepError> PosixOpenFolder::openByPath() {
-  auto opened = descriptors_.openWithRetry([this] { return openPath(name_, kFolderFlags); });
+  // A slash at its end would open what the path leads to.
+  const std::string path = mayMountItself_ ? FileUrl(name_).path() : name_;
+  const auto open = [&](int flags) { return openPath(path, flags); };
+  auto opened =
+      descriptors_.openWithRetry([&] { return mayMountItself_ ? openWithoutMount(open) : open(kFolderFlags); });
   if (!opened) return failure(opened.error());
   descriptors_.keep(slot_, std::move(*opened));
   return {};
@@ -61,7 +95,7 @@ std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::descriptor() {
   Pin above;
   while (!(above = descriptors_.pin(closed.back()->parent_->slot_))) closed.push_back(closed.back()->parent_.get());
   for (PosixOpenFolder* folder : closed | std::views::reverse) {
-    auto opened = openEntry(above.descriptor(), folder->name_);
+    auto opened = folder->openIn(above.descriptor());
     if (!opened) return std::unexpected(opened.error());
     auto pin = descriptors_.adopt(folder->slot_, std::move(*opened));
     if (!pin) return pin;
@@ -70,12 +104,9 @@ std::expected<FolderDescriptors::Pin, int> PosixOpenFolder::descriptor() {
   return above;
 }
 
-std::expected<UniqueDescriptor, int> PosixOpenFolder::openEntry(int folder, const std::string& name) const {
-  return descriptors_.openWithRetry([&]() -> std::expected<UniqueDescriptor, int> {
-    UniqueDescriptor opened(::openat(folder, name.c_str(), kFolderFlags | O_NOFOLLOW));
-    if (!opened) return std::unexpected(errno);
-    return opened;
-  });
+std::expected<UniqueDescriptor, int> PosixOpenFolder::openIn(int folder) const {
+  const auto open = [&](int flags) { return openAt(folder, name_.c_str(), flags | O_NOFOLLOW); };
+  return descriptors_.openWithRetry([&] { return mayMountItself_ ? openWithoutMount(open) : open(kFolderFlags); });
 }
 
 FileUrl PosixOpenFolder::url() const {

@@ -20,8 +20,10 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
  protected:
   using Pin = FolderDescriptors::Pin;
 
-  /// `name` is one below `parent`, or the whole path of a folder without one.
-  PosixOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent, std::string name);
+  /// `name` is one below `parent`, or the whole path of a folder without one. `mayMountItself`: opening it could make a
+  /// volume mount itself there, and must not.
+  PosixOpenFolder(FolderDescriptors& descriptors, std::shared_ptr<PosixOpenFolder> parent, std::string name,
+                  bool mayMountItself = false);
 
   /// Opens a folder without parent by its path, following links. Its descriptor stays open as long as it lives, since a
   /// path may lead elsewhere later. To be called once, before anything else.
@@ -38,12 +40,13 @@ class PosixOpenFolder : public OpenFolder, public std::enable_shared_from_this<P
   std::unexpected<SweepError> failure(int error) const;
 
  private:
-  std::expected<UniqueDescriptor, int> openEntry(int folder, const std::string& name) const;
+  std::expected<UniqueDescriptor, int> openIn(int folder) const;
   static void releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noexcept;
 
   FolderDescriptors& descriptors_;
   std::shared_ptr<PosixOpenFolder> parent_;
   const std::string name_;
+  const bool mayMountItself_;
   FolderDescriptors::Slot slot_;
 };
 

@@ -13,6 +13,7 @@
 #include <system_error>
 
 #include "platform/posix/unique_descriptor.h"
+#include "tests/support/automounter.h"
 #include "tests/support/child_process.h"
 #include "tests/support/dead_share.h"
 #include "tests/support/own_mounts.h"
@@ -58,6 +59,12 @@ void tryFuse(const TemporaryTree& tree) {
   enterPrivateMounts();
   tree.folder("share");
   const DeadShare share(tree.path("share"), tree.path("node"));
+}
+
+void tryAutomounts(const TemporaryTree& tree) {
+  enterPrivateMounts();
+  const Automounter automounter;
+  automounter.mountAt(tree.path(), "direct");
 }
 
 void tryTracing(const TemporaryTree&) {
@@ -120,6 +127,7 @@ constexpr std::array kKnown = std::to_array<Known>({
     {Feature::loopDevices, "loopDevices", "does not allow loop devices", tryLoopDevices},
     {Feature::btrfs, "btrfs", "does not allow a btrfs on a loop device", tryBtrfs},
     {Feature::fuse, "fuse", "does not allow FUSE", tryFuse},
+    {Feature::automounts, "automounts", "does not allow automount points", tryAutomounts},
     {Feature::tracing, "tracing", "does not allow tracing a process", tryTracing},
     {Feature::secondUser, "secondUser", "does not allow acting as a second user", trySecondUser},
     {Feature::threadLimit, "threadLimit", "does not allow limiting threads", tryThreadLimit},

@@ -15,6 +15,7 @@ enum class Feature {
   loopDevices,
   btrfs,  ///< on a loop device
   fuse,
+  automounts,
   tracing,
   secondUser,        ///< files of another user, and becoming one
   threadLimit,       ///< that binds
