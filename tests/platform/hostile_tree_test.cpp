@@ -69,10 +69,11 @@ std::map<std::string, Entry> plainListing(const std::string& path) {
   while (const dirent* entry = ::readdir(stream)) {
     const std::string name = entry->d_name;
     if (name == "." || name == "..") continue;
+    struct stat itself{};
     struct stat target{};
-    const bool isKnown = ::fstatat(folder.get(), entry->d_name, &target, 0) == 0;
-    const bool isDirectory = isKnown ? S_ISDIR(target.st_mode) : entry->d_type == DT_DIR;
-    entries[name] = {isDirectory, entry->d_type == DT_LNK};
+    ::fstatat(folder.get(), entry->d_name, &itself, AT_SYMLINK_NOFOLLOW);
+    ::fstatat(folder.get(), entry->d_name, &target, 0);
+    entries[name] = {S_ISDIR(target.st_mode), S_ISLNK(itself.st_mode)};  // neither when they cannot be read
   }
   ::closedir(stream);
   return entries;

@@ -169,11 +169,10 @@ void oddlyNamed(const TemporaryTree& tree) {
 }
 
 /// How a package's name may be spelled, and names that only look like one's.
-const std::vector<std::string> kPackages = {"Program.app",          "PROGRAM.APP",  "x.ApP",
-                                            "a b.c.bundle",         ".hidden.kext", "\xff.rtfd",
-                                            "Photos.photoslibrary", "\n.xcodeproj", "..app"};
-const std::vector<std::string> kNoPackages = {".app",    "app",         "x.app ",       "x.apps",
-                                              "x.app.d", "x.framework", "x.\xc3\xa0pp", "xapp"};
+const std::vector<std::string> kPackages = {"Program.app", "PROGRAM.APP",      "x.ApP",  "a b.c.bundle", ".hidden.kext",
+                                            "\xff.plugin", "Colours.prefPane", "\n.xpc", "..app"};
+const std::vector<std::string> kNoPackages = {
+    "Photos.photoslibrary", ".app", "app", "x.app ", "x.apps", "x.app.d", "x.framework", "x.\xc3\xa0pp", "xapp"};
 
 void packages(const TemporaryTree& tree) {
   for (const std::vector<std::string>& names : {kPackages, kNoPackages}) {
