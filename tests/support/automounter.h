@@ -20,6 +20,7 @@ namespace dunmere::test {
 class Automounter {
  public:
   Automounter() {
+    ::setpgid(0, 0);  // a group from outside of this process's namespace has no number here
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
     questions_ = UniqueDescriptor(ends[0]);
