@@ -71,7 +71,7 @@ std::expected<void, SweepError> LinuxOpenFolder::readEntries(EntryBatch& batch) 
   if (ended_) return {};
   auto pin = readingDescriptor();
   if (!pin) return failure(pin.error());
-  // Without that permission no entry has attributes, and the records of the folder are no substitute.
+  // Who may not search the folder cannot read the attributes of its entries, and shows none.
   if (nextOffset_ == 0 && detail_ == EntryDetail::kinds)
     isSearchable_ = entryStatus(pin->descriptor(), ".").has_value();
 
@@ -81,7 +81,7 @@ std::expected<void, SweepError> LinuxOpenFolder::readEntries(EntryBatch& batch) 
     const ssize_t length = ::getdents64(pin->descriptor(), buffer, sizeof buffer);
     if (length < 0 && errno == EINTR) continue;
     // ENOENT: the folder was removed while it was open, so it is empty.
-    // EBADF: it could be held, not opened, for it is a point where nothing is mounted.
+    // EBADF: only held, since it is an automount point where nothing is mounted.
     if (length == 0 || (length < 0 && (errno == ENOENT || errno == EBADF))) {
       ended_ = true;
       return {};

@@ -72,7 +72,7 @@ void PosixOpenFolder::releaseInTurn(std::shared_ptr<PosixOpenFolder> parent) noe
 }
 
 std::expected<void, SweepError> PosixOpenFolder::openByPath() {
-  // A slash at its end would open what the path leads to.
+  // With a slash at its end even holding it would ask for the mount.
   const std::string path = mayMountItself_ ? FileUrl(name_).path() : name_;
   const auto open = [&](int flags) { return openPath(path, flags); };
   auto opened =
